@@ -1,0 +1,24 @@
+// Numbers as text, digit for digit as C printf writes them ("%ld", "%*d",
+// "%*.*f"), but several times faster. Every writer and message uses these.
+#pragma once
+
+#include <string>
+
+namespace sorvel {
+
+// Room enough for any double written with up to 20 decimals and a width up to 64.
+constexpr int kNumTextMax = 400;
+
+// "%.*f": writes at p and returns the end (no terminating zero).
+char* put_fixed(char* p, double v, int prec);
+// "%*.*f": right-aligned in a field of at least `width` characters.
+char* put_fixed(char* p, double v, int width, int prec);
+// "%ld" and "%*ld".
+char* put_long(char* p, long v);
+char* put_long(char* p, long v, int width);
+
+// The same, appended to a string.
+void append_fixed(std::string& s, double v, int width, int prec);
+void append_long(std::string& s, long v, int width = 0);
+
+}  // namespace sorvel

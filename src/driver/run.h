@@ -1,0 +1,13 @@
+// One run of Sorvel, from the command line to the exit status.
+#pragma once
+
+#include "base/run.h"
+
+namespace sorvel {
+
+// Runs Sorvel with the given arguments (argv[0] is the program name) and
+// returns the exit status: 0 on success, 1 on any failure. Messages go to
+// run.screen and run.console.
+int run_sorvel(Run& run, int argc, char** argv);
+
+}  // namespace sorvel

@@ -1,0 +1,34 @@
+// The state of the p-field being read, and the context that the block
+// parsers pass to each other.
+#pragma once
+
+#include "base/run.h"
+#include "input/source.h"
+#include "output/block.h"
+#include "output/events.h"
+
+namespace sorvel {
+
+// Per-p-field state. LAST_VAL, NX and LUT carry over from one p-field to the next.
+struct Pfield {
+  int P_NO = 0;            // number of the p-field being read
+  int IS_FUSED = 0;        // the next value is fused to the previous one
+  int IN_LOOP = 0;         // a loop "<" is open
+  int WROTE_DATA = 0;      // something was stored in this p-field
+  float LAST_VAL = 0.0f;   // the last value read, as read
+  int NX = 0;              // "x" followed "no" or "op": no rounding
+  Event* LUT = nullptr;    // leading event of the last group written
+  float CBEATS = 0.0f;     // current beat position
+  int IN_TYPE = 14;        // input type code
+  int OUT_TYPE = 14;       // output type code of the p-field whose head is read
+};
+
+// What a block parser works with.
+struct Ctx {
+  Run& run;
+  Block& block;
+  Pfield& pfield;
+  Source& src;
+};
+
+}  // namespace sorvel
