@@ -66,7 +66,6 @@ class Source {
 
  private:
   unsigned char marks_[kLineSize];
-  bool marked_ = true;  // whether marks_ may hold a set mark
 };
 
 // 1 for white space, "/", ",", "'" and ":".
