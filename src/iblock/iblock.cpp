@@ -1,13 +1,112 @@
 #include "iblock/iblock.h"
 
+#include <algorithm>
+
+#include "global/settings.h"
+#include "iblock/header.h"
+#include "input/commands.h"
+#include "pfield/timing.h"
+
 namespace sorvel {
 
-int parse_iblock(Ctx& c) {
+namespace {
+
+// Discards a skipped block up to and including its "}" (or the end of input).
+int skip_block(Source& src) {
   for (;;) {
-    c.src.skip_blanks();
-    if (!c.src.at_line_end()) return 0;
-    int r = c.src.get_buff();
-    if (r) return r;
+    if (src.at_line_end()) {
+      int r = src.get_buff();
+      if (r == -1) return 0;
+      if (r) return r;
+      continue;
+    }
+    int kind;
+    if (src.is_comment(kind)) {
+      int r = src.skip_comment(kind);
+      if (r == -1) return 25;
+      if (r) return r;
+      continue;
+    }
+    if (src.get_c() == '}') return 0;
+  }
+}
+
+// A p-field line, from its "p": number checks, reset, head and data.
+int read_pfield(Ctx& c) {
+  Source& src = c.src;
+  Block& b = c.block;
+  Pfield& p = c.pfield;
+  if (p.IN_LOOP) warn(c, 15);
+  ++src.pos;  // the "p"
+  int k;
+  if (!src.get_i(k) || k < 2) return 16;
+  if (k > b.MAX_PFIELDS) return 44;
+  if (k != 2 && !b.DID_P[2]) return 15;
+  if (b.DID_P[k]) return 70;
+  p.P_NO = k;
+  reset_pfield(c);
+  DataList d;
+  int r = do_pN(c, d);
+  if (r) return r;
+  b.DID_P[k] = 1;
+  if (k == 2) b.EVENTS = static_cast<unsigned>(b.EVENT_NO);
+  return 0;
+}
+
+// "}": every p-field from 2 to N must have been read.
+int end_block(Ctx& c) {
+  Block& b = c.block;
+  for (int k = 2; k <= b.MAX_PFIELDS; ++k)
+    if (!b.DID_P[k]) return 71;
+  ++c.src.pos;
+  return 0;
+}
+
+}  // namespace
+
+int parse_iblock(Ctx& c) {
+  Source& src = c.src;
+  std::fill(std::begin(c.block.DID_P), std::end(c.block.DID_P), 0);
+  bool header_read = false;
+  for (;;) {
+    src.skip_blanks();
+    if (src.at_line_end()) {
+      int r = src.get_buff();
+      if (r) return r;
+      continue;
+    }
+    const int ch = src.cur();
+    int r;
+    if (ch == 'i' && !header_read) {
+      r = do_p1(c);
+      if (r == -1) {
+        if ((r = skip_block(src))) return r;
+        warn(c, 2);
+        return -1;
+      }
+      if (r) return r;
+      header_read = true;
+    } else if (is_pfield(src.buffer, src.pos)) {
+      if ((r = read_pfield(c))) return r;
+    } else if (ch == '}') {
+      return end_block(c);
+    } else if (int kind; src.is_comment(kind)) {
+      r = src.skip_comment(kind);
+      if (r == -1) return 25;
+      if (r) return r;
+    } else if (is_command(src.buffer, src.pos)) {
+      int code;
+      if (!get_command(code, src.buffer, src.pos)) return 20;
+      if (code == CMD_RD)
+        r = set_rand_dev(src);
+      else if (code == CMD_RS)
+        r = set_rand_seed(src);
+      else
+        r = 23;
+      if (r) return r;
+    } else {
+      return 73;
+    }
   }
 }
 

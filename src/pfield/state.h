@@ -23,6 +23,15 @@ struct Pfield {
   int OUT_TYPE = 14;       // output type code of the p-field whose head is read
 };
 
+// What one p-field's data list is working with: the cursor (the event the
+// last value went to; its `next` receives the next value), the loop's repeat
+// queue, and whether the block's end was reached so the rest is skipped.
+struct DataList {
+  Event* cursor = nullptr;
+  RepeatQueue queue;
+  int exhausted = 0;
+};
+
 // What a block parser works with.
 struct Ctx {
   Run& run;

@@ -1,0 +1,79 @@
+#include "pfield/store.h"
+
+#include "global/tempo.h"
+#include "input/commands.h"
+#include "pfield/timing.h"
+
+namespace sorvel {
+
+int store_value(Ctx& c, DataList& d, float value) {
+  Run& run = c.run;
+  Block& b = c.block;
+  Pfield& p = c.pfield;
+  if (p.P_NO == 2) {
+    float secs = to_tempo(run, p.CBEATS, value);
+    if (value == 0.0f && b.EVENTS == 0) return 54;
+    secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
+    if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
+      return 32;
+    p.WROTE_DATA = 1;
+    p.CBEATS = p.CBEATS + value;
+    return 0;
+  }
+  if (p.P_NO == 3) {
+    store_p3(c, d, value);
+    return 0;
+  }
+  // A negative pitch is a rest: the event that receives it falls silent.
+  if (p.IN_TYPE == CMD_NO && value < 0.0f) d.cursor->next->dur = -d.cursor->next->dur;
+  const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
+  if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
+                   run.PFACTOR))
+    return 32;
+  p.WROTE_DATA = 1;
+  return 0;
+}
+
+int repeat_last(Ctx& c, DataList& d) {
+  Block& b = c.block;
+  Pfield& p = c.pfield;
+  if (p.P_NO >= 4 && d.cursor != p.LUT) {
+    int added = 0;
+    if (!DoListChord(b.note_list, d.cursor, p.LUT, p.P_NO, b.MAX_PFIELDS, added)) return 32;
+    b.EVENTS += static_cast<unsigned>(added);
+    b.EVENT_NO += added;
+  } else {
+    int r = store_value(c, d, p.LAST_VAL);
+    if (r) return r;
+  }
+  if (p.IN_LOOP && !DoQEvent(d.queue)) return 45;
+  ++b.EVENT_NO;
+  return 0;
+}
+
+int fill_to_end(Ctx& c, DataList& d) {
+  Block& b = c.block;
+  Pfield& p = c.pfield;
+  QEntry* last = d.queue.q;
+  if (last && last->next->fused) ++b.EVENTS;
+  if (out_of_time(c)) return 0;
+  if (!last) {
+    while (!out_of_time(c)) {
+      int r = repeat_last(c, d);
+      if (r) return r;
+    }
+    return 0;
+  }
+  // Play the queue round and round; a chord is never cut.
+  for (QEntry* e = last->next;; e = e->next) {
+    p.IS_FUSED = e->fused ? 1 : 0;
+    if (e->fused) ++b.EVENTS;
+    int r = store_value(c, d, e->value);
+    if (r) return r;
+    ++b.EVENT_NO;
+    if (out_of_time(c) && !e->next->fused) break;
+  }
+  return 0;
+}
+
+}  // namespace sorvel
