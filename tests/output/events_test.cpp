@@ -386,6 +386,17 @@ TEST(ListSize, CountsEventsWithinTheSpanInclusive) {
   EXPECT_EQ(first, 4.0f);
 }
 
+TEST(ListSize, BoundIsASinglePrecisionSum) {
+  // 0.1f + 0.2f rounds to 0.3f in single precision (in double it is less),
+  // so an event at beat 0.3f lies within the span.
+  EventList list;
+  add(list, 1, 0, 0.1f);
+  add(list, 1, 0, 0.3f);
+  float first, last;
+  EXPECT_EQ(ListSize(0.2f, first, last, list.handle, list), 2u);
+  EXPECT_EQ(last, 0.3f);
+}
+
 TEST(ListSize, TheFirstEventPastTheSpanEndsTheWalk) {
   EventList list;
   add(list, 1, 0, 0);
