@@ -341,16 +341,6 @@ TEST(RepeatQueue, DoQEventCopiesTheLastGroup) {
   EXPECT_EQ(entries(chord), (Q{{1, 0}, {2, 1}, {3, 1}, {1, 0}, {2, 1}, {3, 1}}));
 }
 
-TEST(RepeatQueue, RingLinksBothWays) {
-  RepeatQueue q;
-  for (int i = 0; i < 10; ++i) StoreInQ(static_cast<float>(i), q, i % 3 == 1);
-  Q got = entries(q);
-  ASSERT_EQ(got.size(), 10u);
-  EXPECT_EQ(q.q->value, 9.0f);
-  EXPECT_EQ(q.q->next->value, 0.0f);
-  EXPECT_EQ(q.q->next->prev, q.q);
-}
-
 // Events at beats 0, 1, 1 (a chord member), 2, 3.5, 4.
 struct Beats {
   EventList list;
