@@ -98,6 +98,24 @@ TEST(PutFixed, RandomBitPatternsLikePrintf) {
   }
 }
 
+// Score values are single-precision numbers of modest size: the writer's
+// exact fast path must agree with printf on every one of them, ties included.
+TEST(PutFixed, SinglePrecisionBitPatternsLikePrintf) {
+  std::mt19937 gen(11);
+  for (int i = 0; i < 200000; ++i) {
+    uint32_t bits = gen();
+    float f;
+    std::memcpy(&f, &bits, sizeof f);
+    if (!(std::fabs(f) < 2e9f)) continue;
+    const double v = f;
+    const int prec = i % 10;
+    char want[512];
+    int n = std::snprintf(want, sizeof want, "%.*f", prec, v);
+    ASSERT_EQ(fixed(v, prec), std::string(want, static_cast<size_t>(n)))
+        << "value " << v << " precision " << prec;
+  }
+}
+
 TEST(PutLong, LikePrintf) {
   std::vector<long> values = {0, 1, -1, 9, 10, -10, 99999, 2147483647L, -2147483648L,
                               LONG_MAX, LONG_MIN};
