@@ -22,48 +22,66 @@ char* pad_left(char* p, int len, int width) {
 constexpr uint64_t kPow10[] = {1,         10,         100,         1000,         10000,
                                100000,    1000000,    10000000,    100000000,    1000000000};
 
-// Writes n (at least `digits` digits, zero-padded) and returns the end.
-char* put_u64(char* p, uint64_t n, int digits) {
-  char tmp[24];
-  int len = 0;
-  do {
-    tmp[len++] = static_cast<char>('0' + n % 10);
-    n /= 10;
-  } while (n);
-  while (len < digits) tmp[len++] = '0';
-  while (len) *p++ = tmp[--len];
-  return p;
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes n in exactly `digits` digits (n < 10^digits) and returns the end.
+char* put_digits(char* p, uint64_t n, int digits) {
+  char* end = p + digits;
+  char* q = end;
+  while (digits >= 2) {
+    const size_t pair = static_cast<size_t>(n % 100) * 2;
+    n /= 100;
+    *--q = kDigitPairs[pair + 1];
+    *--q = kDigitPairs[pair];
+    digits -= 2;
+  }
+  if (digits) *--q = static_cast<char>('0' + n % 10);
+  return end;
 }
 
-// "%.*f" for a finite value whose magnitude is below 10^9 and a precision up
-// to 9 (so the scaled value fits 64 bits), computed exactly: with |v| = m * 2^e, m * 10^prec is an exact integer
-// and the division by 2^-e is rounded half to even on the exact remainder,
-// as printf rounds. Returns null when the value is outside that range.
-char* put_fixed_exact(char* p, double v, int prec) {
-  const double a = std::fabs(v);
-  if (!(a < 1e9) || prec < 0 || prec > 9) return nullptr;
-  int e;
-  const double frac = std::frexp(a, &e);  // a = frac * 2^e, frac in [0.5, 1)
-  const uint64_t m = static_cast<uint64_t>(std::ldexp(frac, 53));  // a = m * 2^(e - 53)
-  const int shift = 53 - e;  // a = m / 2^shift, shift > 0 since a < 2^30
-  uint64_t scaled;           // a * 10^prec rounded to a whole number
-  if (m == 0) {
-    scaled = 0;
-  } else if (shift >= 128) {
-    scaled = 0;  // far below half a unit of the last decimal
-  } else {
-    const unsigned __int128 n = static_cast<unsigned __int128>(m) * kPow10[prec];
-    unsigned __int128 q = n >> shift;
-    const unsigned __int128 rem = n - (q << shift);
-    const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
-    if (rem > half || (rem == half && (q & 1))) ++q;
-    scaled = static_cast<uint64_t>(q);
+int count_digits(uint64_t n) {
+  int d = 1;
+  while (n >= 10) {
+    n /= 10;
+    ++d;
   }
-  if (std::signbit(v)) *p++ = '-';
-  p = put_u64(p, scaled / kPow10[prec], 1);
+  return d;
+}
+
+// "%.*f" for a finite value whose magnitude is below 2^30 and a precision up
+// to 9 (so the scaled value fits 64 bits), computed exactly: with |v| = m / 2^s,
+// m * 10^prec is an exact integer and its division by 2^s is rounded half to
+// even on the exact remainder, as printf rounds. Returns null for any other value.
+char* put_fixed_exact(char* p, double v, int prec) {
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  const bool negative = bits >> 63;
+  const int exponent = static_cast<int>(bits >> 52 & 0x7FF);
+  const uint64_t fraction = bits & ((uint64_t{1} << 52) - 1);
+  // Below 2^30 (a biased exponent under 1023 + 30), |v| * 10^9 fits 64 bits.
+  if (exponent >= 1023 + 30 || prec < 0 || prec > 9) return nullptr;
+  uint64_t scaled = 0;  // |v| * 10^prec, rounded
+  if (exponent != 0) {  // subnormals are far below half a unit of any decimal
+    const uint64_t m = fraction | (uint64_t{1} << 52);
+    const int shift = 1075 - exponent;  // |v| = m / 2^shift, shift >= 23
+    if (shift < 100) {
+      const unsigned __int128 n = static_cast<unsigned __int128>(m) * kPow10[prec];
+      unsigned __int128 q = n >> shift;
+      const unsigned __int128 rem = n - (q << shift);
+      const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
+      if (rem > half || (rem == half && (q & 1))) ++q;
+      scaled = static_cast<uint64_t>(q);
+    }
+  }
+  if (negative) *p++ = '-';
+  const uint64_t whole = scaled / kPow10[prec];
+  p = put_digits(p, whole, count_digits(whole));
   if (prec > 0) {
     *p++ = '.';
-    p = put_u64(p, scaled % kPow10[prec], prec);
+    p = put_digits(p, scaled % kPow10[prec], prec);
   }
   return p;
 }
