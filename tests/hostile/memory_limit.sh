@@ -19,7 +19,8 @@ if [ "$status" -ne 1 ]; then echo "exit status $status, expected 1"; cat err.txt
 if ! grep -qF "ERROR: Line 3: Yikes, out of memory!" err.txt; then
   echo "error 32 not reported:"; tail -5 err.txt; exit 1
 fi
-tail_text=$(tail -c ${#expected} err.txt)
-if [ "$tail_text" != "$expected" ]; then echo "unexpected ending:"; tail -5 err.txt | cat -A; exit 1; fi
+if ! tail -c ${#expected} err.txt | cmp -s - <(printf '%s' "$expected"); then
+  echo "unexpected ending:"; tail -5 err.txt | cat -A; exit 1
+fi
 if [ "$after" -gt "$before" ]; then echo "a temporary file was left in /tmp"; exit 1; fi
 echo "ok: error 32 under a 300 MB limit"
