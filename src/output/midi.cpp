@@ -69,6 +69,7 @@ int remove_rests(Run& run, Block& block) {
   do {
     if (e->dur > 0.0f) {
       e->code = 1;
+      list.any_fused = true;
       prev = e;
       e = e->next;
       continue;
