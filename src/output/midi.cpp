@@ -218,6 +218,18 @@ void WriteVarLen(uint32_t value, FILE* file) {
   }
 }
 
+uint32_t PlaceNoteOffsByWalk(Run& run, EventList& list, int count) {
+  NoteTrack track(run, list, count);
+  track.place_by_walk();
+  return track.size;
+}
+
+uint32_t PlaceNoteOffsInOrder(Run& run, EventList& list, int count) {
+  NoteTrack track(run, list, count);
+  track.place_in_order();
+  return track.size;
+}
+
 int List2MIDI(Run& run, Block& block, uint32_t& size) {
   EventList& list = block.note_list;
   size = 0;
