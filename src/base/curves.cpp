@@ -1,0 +1,49 @@
+#include "base/curves.h"
+
+#include <cmath>
+
+namespace sorvel {
+
+namespace {
+
+// The shaped value at fraction f (0 to 1) of the way from start to end.
+// The sine and the power are both taken whatever the curve; the sum is formed
+// in double and rounded once.
+float shape(double f, float start, float end, unsigned curve, double value) {
+  double e = 1.0;
+  if (curve == 1) e = 2.0;
+  else if (curve == 2) e = 0.5;
+  else if (curve == 3) e = value;
+  const double s = std::sin(f * 1.5707963267948966);
+  const double p = std::pow(f, e);
+  const double d = static_cast<double>(end) - static_cast<double>(start);
+  const double from = static_cast<double>(start);
+  switch (curve) {
+    case 0: return static_cast<float>(from + f * d);
+    case 1:
+    case 2:
+    case 3: return static_cast<float>(from + d * p);
+    case 4: return static_cast<float>(from + d * s);
+    case 5: return static_cast<float>(from + d * (f - (s - f)));
+    default: return start;
+  }
+}
+
+}  // namespace
+
+float pplot_val(unsigned index, unsigned count, float start, float end, unsigned curve,
+                double value) {
+  if (count == 1) return start;
+  if (index > count - 1) return end;
+  const double f = static_cast<double>(index) / static_cast<double>(count - 1);
+  return shape(f, start, end, curve, value);
+}
+
+float tplot_val(float t, float total, float start, float end, unsigned curve, double value) {
+  if (t >= total) return end;
+  if (t <= 0.0f) return start;
+  const float f = t / total;
+  return shape(static_cast<double>(f), start, end, curve, value);
+}
+
+}  // namespace sorvel

@@ -1,0 +1,145 @@
+#include "base/random.h"
+
+#include <cmath>
+
+namespace sorvel {
+
+namespace {
+
+constexpr float kTwoPow31Inv = 4.656613e-10f;  // 2^-31 as written, in single precision
+constexpr double kLn1000 = 6.9078001976;
+constexpr int kMaxWalkMisses = 1000000;
+
+// A uniform variate drawn again while it is 0.
+float nonzero_uniform(Rng& rng) {
+  float u = uniform(rng);
+  while (u == 0.0f) u = uniform(rng);
+  return u;
+}
+
+}  // namespace
+
+float uniform(Rng& rng) { return static_cast<float>(rng.rand()) * kTwoPow31Inv; }
+
+float expone_left(Rng& rng) {
+  float u = nonzero_uniform(rng);
+  float v = static_cast<float>(-std::log(static_cast<double>(u)) / kLn1000);
+  if (v > 1.0f) return 1.0f;
+  return v;
+}
+
+float gauss(Rng& rng) {
+  float s = 0.0f;
+  for (int i = 0; i < 12; ++i) s = s + uniform(rng);
+  float v = (s - 6.0f) * 0.155f + 0.5f;
+  if (v < 0.0f) return 0.0f;
+  if (v > 1.0f) return 1.0f;
+  return v;
+}
+
+float bilex(Rng& rng) {
+  float x = 2.0f * uniform(rng);
+  while (x == 0.0f || x == 2.0f) x = 2.0f * uniform(rng);
+  int sign = 1;
+  if (x > 1.0f) {
+    x = 2.0f - x;
+    sign = -1;
+  }
+  double v = std::log(static_cast<double>(x)) * static_cast<double>(sign) / 14.0;
+  if (v > 0.5) return 1.0f;
+  if (v < -0.5) return 0.0f;
+  return static_cast<float>(0.5 + v);
+}
+
+// Jöhnk's method with both shape parameters 0.2 (exponents 1 / 0.2 = 5).
+float beta(Rng& rng) {
+  for (;;) {
+    float u1 = nonzero_uniform(rng);
+    float u2 = nonzero_uniform(rng);
+    float a = static_cast<float>(std::pow(static_cast<double>(u1), 5.0));
+    float b = static_cast<float>(std::pow(static_cast<double>(u2), 5.0));
+    float sum = a + b;
+    if (sum > 1.0f) continue;
+    return a / sum;
+  }
+}
+
+float mk_rval(Rng& rng, int code, float low, float high) {
+  float range = high - low;
+  switch (code) {
+    case 0:
+      return low + static_cast<float>(rng.rand()) * (range * kTwoPow31Inv);
+    case 1:
+      return low + expone_left(rng) * range;
+    case 2:
+      return low + (1.0f - expone_left(rng)) * range;
+    case 3: {
+      float u1 = uniform(rng);
+      float u2 = uniform(rng);
+      double mid = (static_cast<double>(u1) + static_cast<double>(u2)) * 0.5;
+      double span = static_cast<double>(high) - static_cast<double>(low);
+      return static_cast<float>(mid * span + static_cast<double>(low));
+    }
+    case 4:
+      return low + gauss(rng) * range;
+    case 5:
+      return low + bilex(rng) * range;
+    case 6:
+      return low + beta(rng) * range;
+    default:
+      return 0.0f;
+  }
+}
+
+// The window of `width` centred on the position, slid back inside [0, 1] at
+// either edge. A width of 0 draws nothing; a million misses in a row (a window
+// that no draw can hit) leave the walk where it is.
+float rwindow(Rng& rng, float width, float& position) {
+  float old = position;
+  if (width == 0.0f) return old;
+  double half = static_cast<double>(width) * 0.5;
+  float lo = static_cast<float>(static_cast<double>(position) - half);
+  float hi = static_cast<float>(static_cast<double>(position) + half);
+  if (lo < 0.0f) {
+    lo = 0.0f;
+    hi = width;
+  } else if (hi > 1.0f) {
+    lo = 1.0f - width;
+    hi = 1.0f;
+  }
+  for (int miss = 0; miss < kMaxWalkMisses; ++miss) {
+    float u = uniform(rng);
+    if (u >= lo && u <= hi) {
+      position = u;
+      break;
+    }
+  }
+  return old;
+}
+
+float rand_window(Rng& rng, float low, float high, float width, float& position) {
+  float step = rwindow(rng, width, position);
+  return low + (high - low) * step;
+}
+
+// One draw comes first, whatever n is. A draw above the running total of all
+// the weights (they need not add up to one) chooses the last alternative.
+int prob_result(Rng& rng, const float* weights, int n) {
+  float r = uniform(rng);
+  if (n == 1 || n <= 0) return 0;
+  float total = weights[0];
+  if (r <= total) return 0;
+  for (int k = 1; k < n; ++k) {
+    total = total + weights[k];
+    if (r <= total) return k;
+  }
+  return n - 1;
+}
+
+int hundred_percent(const float* weights, int n) {
+  float sum = 0.0f;
+  for (int k = 0; k < n; ++k) sum = sum + weights[k];
+  return sum > 0.99999f && sum < 1.00001f ? 1 : 0;
+}
+
+}  // namespace sorvel
