@@ -11,12 +11,11 @@
 namespace sorvel {
 namespace {
 
-using testing::next_line;
 using testing::statement;
 using testing::TextInput;
 
-// Reads every line to the end of input; returns the lines the parsers would
-// see (from the position get_buff leaves) and the first non-zero status.
+// Reads lines to the end of input. `lines` collects what each read hands to
+// the parsers (from the position get_buff leaves), each followed by "|".
 struct ReadAll {
   std::string lines;
   int status = 0;
@@ -24,67 +23,44 @@ struct ReadAll {
 
 ReadAll read_all(TextInput& in) {
   ReadAll out;
-  for (;;) {
-    int r = in.src.get_buff();
-    if (r) {
-      out.status = r;
-      return out;
-    }
-    out.lines += std::string(in.src.buffer + in.src.pos) + "|";
-  }
+  while (!(out.status = in.src.get_buff())) out.lines += std::string(in.src.buffer + in.src.pos) + "|";
+  return out;
 }
 
-TEST(Conditional, FalseSectionIsSkipped) {
-  TextInput in("a\n#if(0)\nb\n#endif\nc\n");
-  ReadAll all = read_all(in);
-  EXPECT_EQ(all.status, -1);
-  // The #if line hands over the rest of the #endif line.
-  EXPECT_EQ(all.lines, "a | |c |");
-  EXPECT_EQ(in.run.IF_MATCH, 0);
-  EXPECT_EQ(in.run.IN_IF0, 0);
-  EXPECT_EQ(ifdef_match(in.run), 1);
+ReadAll read_all(const std::string& text) {
+  TextInput in(text);
+  return read_all(in);
 }
 
-TEST(Conditional, TrueSectionIsKept) {
-  for (const char* cond : {"1", "0.5", " 2 "}) {
-    TextInput in(std::string("#if(") + cond + ")\nb\n#endif\nc\n");
+TEST(Conditional, SectionsKeptAndSkipped) {
+  const struct {
+    const char* text;
+    const char* lines;
+  } cases[] = {
+      // The #if line hands over what follows its condition, the #endif line
+      // what follows "endif" when it ends a skipped section.
+      {"a\n#if(0)\nb\n#endif\nc\n", "a | |c |"},
+      {"#if(1)\nb\n#endif\nc\n", " |b | |c |"},
+      {"#if( 0.5 )\nb\n#endif\n", " |b | |"},
+      {"#if(0)\nb\n  #endif x\n", " x |"},
+      {"#if(0)\n#if(1)\nx\n#endif\ny\n#endif\nz\n", " |z |"},
+      {"#if(1)\n#if(0)\nx\n#endif\ny\n#endif\nz\n", " | |y | |z |"},
+      {"#if(0)\n; #endif\n/* #endif\n#endif */\n#endif\nz\n", " |z |"},  // comments
+      {"#if(0)\n$Nope ~Nope\n#endif\n", " |"},                            // not expanded
+      {"#if (1)\n", "#if (1) |"},                                         // no #if
+      // A malformed condition leaves the previous value: 0 at the start.
+      {"#if(-1)\nx\n#endif\ny\n", " |y |"},
+      {"#if(2)\n#endif\n#if(.5)\nx\n#endif\n", " | |.5) |x | |"},
+  };
+  for (const auto& c : cases) {
+    TextInput in(c.text);
     ReadAll all = read_all(in);
-    EXPECT_EQ(all.status, -1);
-    EXPECT_EQ(all.lines, " |b | |c |") << cond;
-    EXPECT_EQ(in.run.IF_MATCH, 0);
+    EXPECT_EQ(all.status, -1) << c.text;
+    EXPECT_EQ(all.lines, c.lines) << c.text;
+    EXPECT_EQ(in.run.IF_MATCH, 0) << c.text;
+    EXPECT_EQ(in.run.IN_IF0, 0) << c.text;
+    EXPECT_EQ(in.messages(), "") << c.text;
   }
-}
-
-TEST(Conditional, ReadingGoesOnAfterTheEndif) {
-  TextInput in("#if(0)\nb\n  #endif x\n");
-  ASSERT_EQ(in.src.get_buff(), 0);
-  EXPECT_EQ(in.src.line, 3);
-  EXPECT_EQ(std::string(in.src.buffer + in.src.pos), " x ");
-}
-
-TEST(Conditional, NestedSections) {
-  TextInput skip_all("#if(0)\n#if(1)\nx\n#endif\ny\n#endif\nz\n");
-  ReadAll all = read_all(skip_all);
-  EXPECT_EQ(all.lines, " |z |");
-  EXPECT_EQ(skip_all.run.IF_MATCH, 0);
-
-  TextInput inner("#if(1)\n#if(0)\nx\n#endif\ny\n#endif\nz\n");
-  all = read_all(inner);
-  EXPECT_EQ(all.lines, " | |y | |z |");
-  EXPECT_EQ(inner.run.IF_MATCH, 0);
-}
-
-TEST(Conditional, EndifInACommentDoesNotEndTheSection) {
-  TextInput in("#if(0)\n; #endif\n/* #endif\n#endif */\n#endif\nz\n");
-  ReadAll all = read_all(in);
-  EXPECT_EQ(all.lines, " |z |");
-}
-
-TEST(Conditional, SkippedLinesAreNotExpanded) {
-  TextInput in("#if(0)\n$Nope ~Nope\n#endif\n");
-  ReadAll all = read_all(in);
-  EXPECT_EQ(all.status, -1);
-  EXPECT_EQ(in.messages(), "");
 }
 
 TEST(Conditional, ConditionReading) {
@@ -93,7 +69,7 @@ TEST(Conditional, ConditionReading) {
     int status;
     float value;
   } cases[] = {
-      {"if(1)", 0, 1.0f},   {"if( 2.5 )", 0, 2.5f}, {"if(-1)", 115, 9.0f},
+      {"if(1)", 0, 1.0f},    {"if( 2.5 )", 0, 2.5f}, {"if(-1)", 115, 9.0f},
       {"if(.5)", 115, 9.0f}, {"if()", 115, 9.0f},    {"if(1", 116, 1.0f},
       {"if(3 x)", 116, 3.0f}, {"if (1)", 114, 9.0f}, {"iff(1)", 114, 9.0f},
   };
@@ -104,18 +80,6 @@ TEST(Conditional, ConditionReading) {
     EXPECT_EQ(get_if(in.src, value), c.status) << c.text;
     EXPECT_EQ(value, c.value) << c.text;
   }
-}
-
-TEST(Conditional, MalformedConditionLeavesThePreviousValue) {
-  // At the start of the run the value is 0: the section is skipped.
-  TextInput first("#if(-1)\nx\n#endif\ny\n");
-  EXPECT_EQ(read_all(first).lines, " |y |");
-
-  TextInput later("#if(2)\n#endif\n#if(.5)\nx\n#endif\n");
-  ReadAll all = read_all(later);
-  EXPECT_EQ(all.status, -1);
-  // The rest of the line from where the condition failed goes to the parser.
-  EXPECT_EQ(all.lines, " | |.5) |x | |");
 }
 
 TEST(Conditional, ConditionFromAMacroOrAConstant) {
@@ -130,24 +94,11 @@ TEST(Conditional, ConditionFromAMacroOrAConstant) {
   EXPECT_EQ(read_all(constant).lines, " |x | |");
 }
 
-TEST(Conditional, BlankBeforeTheParenthesisIsNoIf) {
-  TextInput in("#if (1)\n#endif\n");
-  int status = 0;
-  EXPECT_EQ(next_line(in, &status), "#if (1) ");
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(in.run.IF_MATCH, 0);
-  next_line(in, &status);
-  EXPECT_EQ(status, 118);
-}
-
 TEST(Conditional, Mismatches) {
-  TextInput stray("x\n#endif\n");
-  EXPECT_EQ(read_all(stray).status, 118);
-
-  for (const char* text : {"#if(0)\nx\n", "#if(0)\nx", "#if(0)"}) {
-    TextInput open_false(text);
-    EXPECT_EQ(read_all(open_false).status, 117) << text;
-  }
+  EXPECT_EQ(read_all("x\n#endif\n").status, 118);
+  EXPECT_EQ(read_all("#if (1)\n#endif\n").status, 118);
+  for (const char* text : {"#if(0)\nx\n", "#if(0)\nx", "#if(0)"})
+    EXPECT_EQ(read_all(text).status, 117) << text;
 
   TextInput open_true("#if(1)\nx\n");
   EXPECT_EQ(read_all(open_true).status, -1);

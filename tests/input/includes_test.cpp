@@ -12,34 +12,29 @@ namespace sorvel {
 namespace {
 
 // A scratch directory of include files, removed afterwards.
-class IncludeDir {
- public:
+struct IncludeDir {
   IncludeDir() {
     char name[] = "/tmp/sorvel_inc_XXXXXX";
     dir = mkdtemp(name);
   }
   ~IncludeDir() {
-    for (const std::string& f : files_) std::remove(f.c_str());
+    for (const std::string& f : files) std::remove(f.c_str());
     rmdir(dir.c_str());
   }
   std::string file(const std::string& name, const std::string& text) {
-    std::string path = dir + "/" + name;
-    FILE* f = std::fopen(path.c_str(), "w");
+    files.push_back(dir + "/" + name);
+    FILE* f = std::fopen(files.back().c_str(), "w");
     std::fputs(text.c_str(), f);
     std::fclose(f);
-    files_.push_back(path);
-    return path;
+    return files.back();
   }
   std::string dir;
-
- private:
-  std::vector<std::string> files_;
+  std::vector<std::string> files;
 };
 
 struct Pass {
   int result;
-  std::string out;
-  std::string messages;
+  std::string out, messages;
   int counter;
 };
 
@@ -62,44 +57,33 @@ Pass include_pass(std::string text) {
   return p;
 }
 
-std::string opening(const std::string& name) {
-  return "\n\tOpening include file \"" + name + "\"...";
-}
+std::string opening(const std::string& name) { return "\n\tOpening include file \"" + name + "\"..."; }
+std::string bad_name(const std::string& name) { return "\nBad include file name: \"" + name + "\"\n\n"; }
+std::string inc(const std::string& name) { return "#include |" + name + "|"; }
 
-TEST(Include, TextWithoutDirectivesIsCopied) {
-  const char* text = "a #x #iy #if(1)\n#endif\n#";
-  Pass p = include_pass(text);
-  EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.out, text);
-  EXPECT_EQ(p.counter, 1);
-  EXPECT_EQ(p.messages, "");
-  EXPECT_EQ(include_pass("ab#i").out, "ab#i");
-}
-
-TEST(Include, FileIsSplicedIn) {
+TEST(Include, SplicingAndWhatIsNotADirective) {
   IncludeDir d;
-  std::string f = d.file("F", "one\ntwo\n");
-  Pass p = include_pass("a\n#include \n |" + f + "|b\nc");
+  std::string f = d.file("F", "<F>");
+  // "#if", "#x", "#i" pass; white space (line ends too) may precede the "|";
+  // the text after the closing "|" stays.
+  Pass p = include_pass("#if(1) #x #iy\na#include \n |" + f + "|b\nc#");
   EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.out, "a\none\ntwo\nb\nc");
+  EXPECT_EQ(p.out, "#if(1) #x #iy\na<F>b\nc#");
   EXPECT_EQ(p.messages, opening(f));
   EXPECT_EQ(p.counter, 2);
+  // "#in" not followed by "clude": what was read from the "#" on is dropped.
+  EXPECT_EQ(include_pass("a#inx b #inclx c #includ").out, "a b  c ");
 }
 
 TEST(Include, DirectivesInCommentsAndDirectOutputAreText) {
   IncludeDir d;
   std::string f = d.file("F", "<F>");
-  std::string dir = "#include |" + f + "|";
-  Pass p = include_pass("; " + dir + "\n> " + dir + "\n/* " + dir + " */" + dir + "\nx/;" + dir);
-  EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.out, "; " + dir + "\n> " + dir + "\n/* " + dir + " */<F>\nx/;<F>");
-  EXPECT_EQ(p.counter, 3);
-}
-
-TEST(Include, MisspeltDirectiveIsDropped) {
-  EXPECT_EQ(include_pass("a#inx b\n").out, "a b\n");
-  EXPECT_EQ(include_pass("a#inclx b\n").out, "a b\n");
-  EXPECT_EQ(include_pass("a#includ").out, "a");
+  std::string i = inc(f);
+  Pass p = include_pass("; " + i + "\n> " + i + "\n/* " + i + " */" + i + "\nx/;" + i);
+  EXPECT_EQ(p.out, "; " + i + "\n> " + i + "\n/* " + i + " */<F>\nx/;<F>");
+  // An include ending inside a comment or a ";" line leaves neither open.
+  std::string open = d.file("O", "/* open"), line = d.file("L", "; note");
+  EXPECT_EQ(include_pass(inc(open) + i + "\n" + inc(line) + i).out, "/* open<F>\n; note<F>");
 }
 
 TEST(Include, NameFaults) {
@@ -107,97 +91,57 @@ TEST(Include, NameFaults) {
   EXPECT_EQ(no_bar.result, 1);
   EXPECT_EQ(no_bar.messages, "\n\nInclude filename must be preceeded by a |.\n");
 
-  Pass missing = include_pass("#include |/nonexistent/zz|\n");
-  EXPECT_EQ(missing.result, 999);
-  EXPECT_EQ(missing.messages, "\nBad include file name: \"/nonexistent/zz\"\n\n");
-}
-
-TEST(Include, NameLengthLimit) {
-  // A newline is left out of the name but counts towards its length.
-  std::string name255(255, 'n');
-  Pass fits = include_pass("#include |" + name255 + "|");
-  EXPECT_EQ(fits.result, 999);
-  EXPECT_EQ(fits.messages, "\nBad include file name: \"" + name255 + "\"\n\n");
-
-  std::string with_newline = std::string(254, 'n') + "\n";
-  Pass newline = include_pass("#include |" + with_newline + "|");
-  EXPECT_EQ(newline.messages, "\nBad include file name: \"" + std::string(254, 'n') + "\"\n\n");
-
-  for (const std::string& over : {std::string(256, 'n'), std::string(255, 'n') + "\n"}) {
-    Pass p = include_pass("#include |" + over + "|");
+  for (const char* name : {"/nonexistent/zz", "/dev/zero"}) {
+    Pass p = include_pass(inc(name));
     EXPECT_EQ(p.result, 999);
-    EXPECT_EQ(p.messages,
-              "\nERROR: Include filename has exceeded maximum\nlength of 255 characters.\n\n");
+    EXPECT_EQ(p.messages, bad_name(name));
   }
-}
 
-TEST(Include, NameWithANewlineOrWithoutItsClosingBar) {
+  // 255 characters pass; a newline is left out of the name but counted.
+  std::string n254(254, 'n'), n255(255, 'n');
+  EXPECT_EQ(include_pass(inc(n255)).messages, bad_name(n255));
+  EXPECT_EQ(include_pass(inc(n254 + "\n")).messages, bad_name(n254));
+  for (const std::string& over : {std::string(256, 'n'), n255 + "\n"}) {
+    Pass p = include_pass(inc(over));
+    EXPECT_EQ(p.result, 999);
+    EXPECT_EQ(p.messages, "\nERROR: Include filename has exceeded maximum\nlength of 255 characters.\n\n");
+  }
+
   IncludeDir d;
   std::string f = d.file("F", "<F>");
   EXPECT_EQ(include_pass("a#include |" + d.dir + "/\nF|b").out, "a<F>b");
-  EXPECT_EQ(include_pass("a#include |" + f).out, "a<F>");
+  EXPECT_EQ(include_pass("a#include |" + f).out, "a<F>");  // no closing "|"
+  EXPECT_EQ(include_pass("a" + inc(d.dir) + "b").out, "ab");  // a directory reads as empty
 }
 
-TEST(Include, EveryFileOpenedCountsTowardsTheLimit) {
+TEST(Include, EveryFileOpenedCountsTowardsTwelve) {
   IncludeDir d;
   std::string c = d.file("C", "c");
-  std::string b = d.file("B", "b#include |" + c + "|");
-  std::string a = d.file("A", "a#include |" + b + "|");
-  Pass nested = include_pass("#include |" + a + "|");
+  std::string b = d.file("B", "b" + inc(c));
+  std::string a = d.file("A", "a" + inc(b));
+  Pass nested = include_pass(inc(a));
   EXPECT_EQ(nested.out, "abc");
   EXPECT_EQ(nested.counter, 4);
   EXPECT_EQ(nested.messages, opening(a) + opening(b) + opening(c));
+  EXPECT_EQ(include_pass(inc(c) + inc(c) + inc(c)).counter, 4);
 
-  Pass side = include_pass("#include |" + c + "|#include |" + c + "|#include |" + c + "|");
-  EXPECT_EQ(side.out, "ccc");
-  EXPECT_EQ(side.counter, 4);
-}
-
-TEST(Include, TwelveFilesInARun) {
-  IncludeDir d;
-  std::string c = d.file("C", "c");
   std::string eleven;
-  for (int k = 0; k < 11; ++k) eleven += "#include |" + c + "|";
+  for (int k = 0; k < 11; ++k) eleven += inc(c);
   Pass ok = include_pass(eleven);
   EXPECT_EQ(ok.result, 0);
-  EXPECT_EQ(ok.out, std::string(11, 'c'));
   EXPECT_EQ(ok.counter, 12);
-
-  Pass over = include_pass(eleven + "#include |" + c + "|");
+  Pass over = include_pass(eleven + inc(c));
   EXPECT_EQ(over.result, 1);
   EXPECT_EQ(over.out, std::string(11, 'c'));
   std::string expected;
   for (int k = 0; k < 12; ++k) expected += opening(c);
   EXPECT_EQ(over.messages, expected + "\n\nToo many embedded include files! (Max = 12)\n");
-}
 
-TEST(Include, SelfIncludingFileStopsAtTheLimit) {
-  IncludeDir d;
   std::string s = d.dir + "/S";
-  d.file("S", "x#include |" + s + "|");
-  Pass p = include_pass("#include |" + s + "|");
-  EXPECT_EQ(p.result, 1);
-  EXPECT_EQ(p.out, std::string(11, 'x'));
-  EXPECT_EQ(p.counter, 13);
-}
-
-TEST(Include, DirectoryReadsAsEmpty) {
-  IncludeDir d;
-  Pass p = include_pass("a#include |" + d.dir + "|b");
-  EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.out, "ab");
-}
-
-TEST(Include, StateIsResetAfterAnInclude) {
-  // An include that ends inside a comment or a ";" line leaves neither open.
-  IncludeDir d;
-  std::string open_comment = d.file("O", "/* open");
-  std::string line_comment = d.file("L", "; note");
-  std::string g = d.file("G", "<G>");
-  Pass p = include_pass("#include |" + open_comment + "|#include |" + g + "|\n#include |" +
-                        line_comment + "|#include |" + g + "|");
-  EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.out, "/* open<G>\n; note<G>");
+  d.file("S", "x" + inc(s));
+  Pass self = include_pass(inc(s));
+  EXPECT_EQ(self.result, 1);
+  EXPECT_EQ(self.out, std::string(11, 'x'));
 }
 
 }  // namespace

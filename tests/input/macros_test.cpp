@@ -13,8 +13,7 @@ using testing::statement;
 using testing::TextInput;
 
 std::string expanding(const char* name, int line) {
-  return std::string("\n\tExpanding macro \"") + name + "\" into line " + std::to_string(line) +
-         "...";
+  return std::string("\n\tExpanding macro \"") + name + "\" into line " + std::to_string(line) + "...";
 }
 
 std::string no_macro(const char* name, int line) {
@@ -22,35 +21,30 @@ std::string no_macro(const char* name, int line) {
          "\" in your input file!\n";
 }
 
+// Reads `defs` statement by statement (each must pass), then one more line;
+// returns its status.
+int status_after(TextInput& in, int statements) {
+  for (int k = 0; k < statements; ++k) EXPECT_EQ(statement(in), 0) << k;
+  int status = 0;
+  next_line(in, &status);
+  return status;
+}
+
 // --- definitions ---
 
-TEST(MacroDefinition, SimpleBodyIsStoredAndCalled) {
-  TextInput in("#define A #x y#\n$A z\n");
+TEST(MacroDefinition, Bodies) {
+  // The reader turns each line end into a blank; the body adds the newline.
+  TextInput in("#define A #x y#\n$A z\n#define B #x\ny#\n#define C #a ; # c\nb /* # */#d\n");
   ASSERT_EQ(statement(in), 0);
   EXPECT_EQ(in.src.cur(), ' ');  // just after the closing "#"
   EXPECT_EQ(next_line(in), "x y z ");
   EXPECT_EQ(in.messages(), expanding("A", 2));
-}
-
-TEST(MacroDefinition, BodyOverSeveralLinesKeepsItsLineBreaks) {
-  // The reader turns each line end into a blank; the body adds the newline.
-  TextInput in("#define B #x\ny#\n$B\n");
   ASSERT_EQ(statement(in), 0);
-  ASSERT_EQ(in.run.macro_list.size(), 1u);
-  EXPECT_EQ(in.run.macro_list[0].body, "x \ny");
-  EXPECT_EQ(next_line(in), "x \ny ");
-}
-
-TEST(MacroDefinition, HashInsideACommentDoesNotCloseTheBody) {
-  TextInput in("#define B #x ; note # more\ny#z\n");
+  EXPECT_EQ(in.run.macro_list[1].body, "x \ny");
   ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(in.run.macro_list[0].body, "x ; note # more \ny");
-  EXPECT_EQ(in.src.cur(), 'z');
+  EXPECT_EQ(in.run.macro_list[2].body, "a ; # c \nb /* # */");  // "#" in comments stays
+  EXPECT_EQ(in.src.cur(), 'd');
   EXPECT_EQ(in.run.IN_MACRO_DEF, 0);
-
-  TextInput block("#define C #a /* # */ b#\n");
-  ASSERT_EQ(statement(block), 0);
-  EXPECT_EQ(block.run.macro_list[0].body, "a /* # */ b");
 }
 
 TEST(MacroDefinition, ParametersOverLinesWithEverySeparator) {
@@ -60,58 +54,7 @@ TEST(MacroDefinition, ParametersOverLinesWithEverySeparator) {
   ASSERT_EQ(statement(in), 0);
   const Macro& m = in.run.macro_list[0];
   EXPECT_EQ(m.nargs, 4);
-  ASSERT_EQ(m.args.size(), 4u);
-  EXPECT_EQ(m.args[0], "a");
-  EXPECT_EQ(m.args[3], "d");
-  EXPECT_EQ(m.body, "abcd");
-}
-
-TEST(MacroDefinition, LooseKeywordTest) {
-  // Six characters from the "d" with any one in place, then white space.
-  TextInput loose("#dfooo6 N #x#\n");
-  EXPECT_EQ(statement(loose), 0);
-  EXPECT_NE(find_macro(loose.run.macro_list, "N"), nullptr);
-
-  TextInput short_word("#dfoo6 N #x#\n");
-  EXPECT_EQ(statement(short_word), 80);
-
-  TextInput glued("#defineA #x#\n");
-  EXPECT_EQ(statement(glued), 80);
-}
-
-TEST(MacroDefinition, MalformedDefinitions) {
-  const struct {
-    const char* text;
-    int status;
-  } cases[] = {
-      {"#define 9A #x#\n", 88},      // name must start with a letter
-      {"#define M(a'9) #x#\n", 88},  // so must a parameter
-      {"#define M() #x#\n", 88},     // an empty list names nothing
-      {"#define A x#\n", 81},        // body not opened by "#"
-      {"#define M (a) #x#\n", 81},   // "(" only counts right after the name
-      {"#define A #x\n", 8},         // input ends inside the body
-      {"#define A #x", 8},
-      {"#define A #x ; #\n", 8},     // the "#" is in a comment
-  };
-  for (const auto& c : cases) {
-    TextInput in(c.text);
-    EXPECT_EQ(statement(in), c.status) << c.text;
-  }
-}
-
-TEST(MacroDefinition, BodyLengthLimit) {
-  // " \n" from the first line, then the rest: 2047 characters in all pass.
-  std::string ok = "#define A #\n" + std::string(2045, 'x') + "#\n";
-  TextInput fits(ok);
-  ASSERT_EQ(statement(fits), 0);
-  EXPECT_EQ(fits.run.macro_list[0].body.size(), 2047u);
-
-  std::string over = "#define A #\n" + std::string(2046, 'x') + "#\n";
-  TextInput too_long(over);
-  EXPECT_EQ(statement(too_long), 1000);
-  EXPECT_EQ(too_long.messages(),
-            "\n\nERROR: Line 2: The macro body has exceeded the maximum number\n"
-            "of characters allowed (2048).\n");
+  EXPECT_EQ(m.args, (std::vector<std::string>{"a", "b", "c", "d"}));
 }
 
 std::string params(int n) {
@@ -120,199 +63,152 @@ std::string params(int n) {
   return s + ") #x#\n";
 }
 
-TEST(MacroDefinition, AtMost128Parameters) {
-  TextInput ok(params(128));
-  ASSERT_EQ(statement(ok), 0);
-  EXPECT_EQ(ok.run.macro_list[0].nargs, 128);
-
-  TextInput over(params(129));
-  EXPECT_EQ(statement(over), 86);
+TEST(MacroDefinition, Failures) {
+  const struct {
+    std::string text;
+    int status;
+  } cases[] = {
+      {"#dfoo6 N #x#\n", 80},       // six letters from the "d", then white space
+      {"#defineA #x#\n", 80},
+      {"#define 9A #x#\n", 88},     // names start with a letter
+      {"#define M(a'9) #x#\n", 88},
+      {"#define M() #x#\n", 88},    // an empty list names nothing
+      {"#define A x#\n", 81},       // body not opened by "#"
+      {"#define M (a) #x#\n", 81},  // "(" only counts right after the name
+      {"#define A #x\n", 8},        // input ends inside the body
+      {"#define A #x", 8},
+      {"#define A #x ; #\n", 8},    // that "#" is in a comment
+      {params(129), 86},
+      {"#define A #1#\n#define A #2#\n", 84},
+      {"#undef Z\n", 91},
+      {"#define A #1#\n#xxxxx A\n", 80},
+      {"#define A #1#\n#undefA\n", 80},
+  };
+  for (const auto& c : cases) {
+    TextInput in(c.text);
+    int status = 0;
+    while (!status && !in.src.at_eof()) status = statement(in);
+    EXPECT_EQ(status, c.status) << c.text;
+  }
 }
 
-TEST(MacroDefinition, RedefinitionAndUndef) {
-  TextInput in("#define A #1#\n#define A #2#\n#undef A\n#define A #2#\n$A\n");
-  EXPECT_EQ(statement(in), 0);
-  EXPECT_EQ(statement(in), 84);
+TEST(MacroDefinition, LimitsThatPass) {
+  TextInput loose("#dfooo6 N #x#\n" + params(128));
+  ASSERT_EQ(statement(loose), 0);
+  ASSERT_EQ(statement(loose), 0);
+  EXPECT_NE(find_macro(loose.run.macro_list, "N"), nullptr);
+  EXPECT_EQ(loose.run.macro_list[1].nargs, 128);
+
+  // " \n" from the first line, then the rest: 2047 characters in all pass.
+  TextInput fits("#define A #\n" + std::string(2045, 'x') + "#\n");
+  ASSERT_EQ(statement(fits), 0);
+  EXPECT_EQ(fits.run.macro_list[0].body.size(), 2047u);
+
+  TextInput over("#define A #\n" + std::string(2046, 'x') + "#\n");
+  EXPECT_EQ(statement(over), 1000);
+  EXPECT_EQ(over.messages(),
+            "\n\nERROR: Line 2: The macro body has exceeded the maximum number\n"
+            "of characters allowed (2048).\n");
+}
+
+TEST(MacroDefinition, Undef) {
+  TextInput in("#define A #1#\n#undef Z\n#undef A\n#define A #2#\n$A\n#xnxxx A\n");
+  ASSERT_EQ(statement(in), 0);
+  EXPECT_EQ(statement(in), 1000);
+  EXPECT_EQ(in.messages(), no_macro("Z", 2));
   EXPECT_EQ(statement(in), 0);
   EXPECT_TRUE(in.run.macro_list.empty());
   EXPECT_EQ(statement(in), 0);
   EXPECT_EQ(next_line(in), "2 ");
-}
-
-TEST(MacroDefinition, UndefFailures) {
-  TextInput empty("#undef Z\n");
-  EXPECT_EQ(statement(empty), 91);
-
-  TextInput missing("#define A #1#\n#undef Z\n");
-  ASSERT_EQ(statement(missing), 0);
-  EXPECT_EQ(statement(missing), 1000);
-  EXPECT_EQ(missing.messages(), no_macro("Z", 2));
-  EXPECT_EQ(missing.run.macro_list.size(), 1u);
-
-  // Five characters with any one of u n d e f in place, then white space.
-  TextInput loose("#define A #1#\n#xnxxx A\n");
-  ASSERT_EQ(statement(loose), 0);
-  EXPECT_EQ(statement(loose), 0);
-  EXPECT_TRUE(loose.run.macro_list.empty());
-
-  TextInput bad("#define A #1#\n#xxxxx A\n#undefA\n");
-  ASSERT_EQ(statement(bad), 0);
-  EXPECT_EQ(statement(bad), 80);
-  EXPECT_EQ(statement(bad), 80);
-}
-
-TEST(MacroDefinition, EndifInAStatementStepsOverIt) {
-  TextInput in("x #endif y\n");
-  in.read_line(3);
-  EXPECT_EQ(parse_macro(in.src), 0);
-  EXPECT_EQ(in.src.pos, 8);
-
-  TextInput other("x #else\n");
-  other.read_line(3);
-  EXPECT_EQ(parse_macro(other.src), 0);
-  EXPECT_EQ(other.src.pos, 3);  // nothing done
+  EXPECT_EQ(statement(in), 0);  // any one of u n d e f in place will do
+  EXPECT_TRUE(in.run.macro_list.empty());
 }
 
 // --- calls ---
 
 TEST(MacroCall, ArgumentsAreSubstituted) {
-  TextInput in("#define M(a'b) #$b-$a#\n$M(1'2)\n$M(1#2) $M (1'2)\n");
+  TextInput in("#define M(a'b) #$b-$a#\n$M(1'2)\n$M(1#2) $M (1'2)\n$M(f(x)'y) r\n");
   ASSERT_EQ(statement(in), 0);
   EXPECT_EQ(next_line(in), "2-1 ");
   EXPECT_EQ(in.messages(), expanding("b", 2) + expanding("a", 2) + expanding("M", 2));
-  // Blanks before "(" are skipped to read the arguments but the call's text
+  // Blanks before "(" are skipped to read the arguments, but the call's text
   // ends at the name.
   EXPECT_EQ(next_line(in), "2-1 2-1 (1'2) ");
+  EXPECT_EQ(next_line(in), "y-f(x) r ");
+
+  TextInput plain("#define A #x#\n$A(q) z\n$A(q z\n");
+  ASSERT_EQ(statement(plain), 0);
+  EXPECT_EQ(next_line(plain), "x z ");  // a list after a call without parameters goes
+  EXPECT_EQ(next_line(plain), "x");     // an unclosed one runs to the end of the line
 }
 
-TEST(MacroCall, ArgumentErrors) {
+TEST(MacroCall, Failures) {
   const struct {
-    const char* call;
-    int status;
+    const char* text;
+    int statements, status;
   } cases[] = {
-      {"$M(1'2'3)\n", 82},
-      {"$M(1\n", 86},
-      {"$M(1)\n", 86},
-      {"$M\n", 85},
-      {"$M 1'2\n", 85},
+      {"#define M(a'b) #$b-$a#\n$M(1'2'3)\n", 1, 82},
+      {"#define M(a'b) #$b-$a#\n$M(1\n", 1, 86},
+      {"#define M(a'b) #$b-$a#\n$M(1)\n", 1, 86},
+      {"#define M(a'b) #$b-$a#\n$M 1'2\n", 1, 85},
+      {"#define D(a'a) #$a#\n$D(1'2)\n", 1, 84},
+      {"a $Nope b\n", 0, 1000},
   };
   for (const auto& c : cases) {
-    TextInput in(std::string("#define M(a'b) #$b-$a#\n") + c.call);
-    ASSERT_EQ(statement(in), 0);
-    int status = 0;
-    next_line(in, &status);
-    EXPECT_EQ(status, c.status) << c.call;
+    TextInput in(c.text);
+    EXPECT_EQ(status_after(in, c.statements), c.status) << c.text;
   }
-
-  TextInput twice("#define D(a'a) #$a#\n$D(1'2)\n");
-  ASSERT_EQ(statement(twice), 0);
-  int status = 0;
-  next_line(twice, &status);
-  EXPECT_EQ(status, 84);
-}
-
-TEST(MacroCall, ArgumentListsBalanceTheirParentheses) {
-  TextInput in("#define M(a'b) #$b-$a#\n#define A #x#\n$M(f(x)'y) r\n$A(q) z\n$A(q z\n");
-  ASSERT_EQ(statement(in), 0);
-  ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(next_line(in), "y-f(x) r ");
-  EXPECT_EQ(next_line(in), "x z ");  // a list after a call without parameters is dropped
-  EXPECT_EQ(next_line(in), "x");     // an unclosed list runs to the end of the line
-}
-
-TEST(MacroCall, UnknownName) {
-  TextInput in("a $Nope b\n");
-  int status = 0;
-  next_line(in, &status);
-  EXPECT_EQ(status, 1000);
-  EXPECT_EQ(in.messages(), no_macro("Nope", 1));
 }
 
 TEST(MacroCall, ArgumentsArePlainTextExpandedInTheBody) {
   TextInput in("#define X #7#\n#define M(a) #[$a]#\n$M($X)\n");
-  ASSERT_EQ(statement(in), 0);
-  ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(next_line(in), "[7] ");
+  ASSERT_EQ(status_after(in, 2), 0);
+  EXPECT_EQ(std::string(in.src.buffer), "[7] ");
   EXPECT_EQ(in.messages(), expanding("X", 3) + expanding("a", 3) + expanding("M", 3));
-}
 
-TEST(MacroCall, OuterParameterNotVisibleInAnInnerArgument) {
-  TextInput in("#define TWO(x) #[$x]#\n#define ONE(p) #$TWO($p)#\n$ONE(5)\n");
-  ASSERT_EQ(statement(in), 0);
-  ASSERT_EQ(statement(in), 0);
-  int status = 0;
-  next_line(in, &status);
-  EXPECT_EQ(status, 1000);
-  EXPECT_EQ(in.messages(), no_macro("p", 3));
-}
-
-TEST(MacroCall, QuietUnderSuppress) {
-  TextInput in("#define A #x#\n$A\n");
-  in.run.SUPRESS = 1;
-  ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(next_line(in), "x ");
-  EXPECT_EQ(in.messages(), "");
+  // The outer call's parameters are not seen from an inner call's argument.
+  TextInput inner("#define TWO(x) #[$x]#\n#define ONE(p) #$TWO($p)#\n$ONE(5)\n");
+  EXPECT_EQ(status_after(inner, 2), 1000);
+  EXPECT_EQ(inner.messages(), no_macro("p", 3));
 }
 
 std::string chain(int top) {
   std::string s = "#define M0 #x#\n";
   for (int k = 1; k <= top; ++k)
     s += "#define M" + std::to_string(k) + " #$M" + std::to_string(k - 1) + "#\n";
-  return s;
+  return s + "$M" + std::to_string(top) + "\n";
 }
 
-TEST(MacroCall, NestingDepthLimit) {
+TEST(MacroCall, NestingAndSizeLimits) {
   // The call in the line is depth 0: M64 reaches M0 at depth 64.
-  TextInput ok(chain(64) + "$M64\n");
-  for (int k = 0; k <= 64; ++k) ASSERT_EQ(statement(ok), 0);
-  EXPECT_EQ(next_line(ok), "x ");
-
-  TextInput deep(chain(65) + "$M65\n");
-  for (int k = 0; k <= 65; ++k) ASSERT_EQ(statement(deep), 0);
-  int status = 0;
-  next_line(deep, &status);
-  EXPECT_EQ(status, 89);
+  TextInput ok(chain(64));
+  ok.run.SUPRESS = 1;
+  EXPECT_EQ(status_after(ok, 65), 0);
+  EXPECT_EQ(std::string(ok.src.buffer), "x ");
+  TextInput deep(chain(65));
+  EXPECT_EQ(status_after(deep, 66), 89);
   EXPECT_EQ(deep.messages(), "");  // nothing was spliced
-
   TextInput self("#define R #a$R#\n$R\n");
-  ASSERT_EQ(statement(self), 0);
-  next_line(self, &status);
-  EXPECT_EQ(status, 89);
-}
+  EXPECT_EQ(status_after(self, 1), 89);
 
-TEST(MacroCall, ExpandedLineLimit) {
   // 1000 characters per call: the third would make the line 3001 long.
-  TextInput in("#define L #" + std::string(1000, 'a') + "#\n$L$L$L\n");
-  ASSERT_EQ(statement(in), 0);
-  int status = 0;
-  std::string line = next_line(in, &status);
-  EXPECT_EQ(status, 89);
-  EXPECT_EQ(line, std::string(2000, 'a') + "$L ");
-  EXPECT_EQ(in.messages(), expanding("L", 2) + expanding("L", 2));
-}
+  TextInput line("#define L #" + std::string(1000, 'a') + "#\n$L$L$L\n");
+  EXPECT_EQ(status_after(line, 1), 89);
+  EXPECT_EQ(std::string(line.src.buffer), std::string(2000, 'a') + "$L ");
+  EXPECT_EQ(line.messages(), expanding("L", 2) + expanding("L", 2));
 
-TEST(MacroCall, CallsThatMultiplyToNothingAreStopped) {
   // 1 + 500 + 500 * 500 expansions, all of empty bodies.
   std::string d, c;
   for (int k = 0; k < 500; ++k) d += "$E", c += "$D";
-  TextInput in("#define E ##\n#define D #" + d + "#\n#define C #" + c + "#\n$C\n");
-  in.run.SUPRESS = 1;
-  for (int k = 0; k < 3; ++k) ASSERT_EQ(statement(in), 0);
-  int status = 0;
-  next_line(in, &status);
-  EXPECT_EQ(status, 89);
+  TextInput wide("#define E ##\n#define D #" + d + "#\n#define C #" + c + "#\n$C\n");
+  wide.run.SUPRESS = 1;
+  EXPECT_EQ(status_after(wide, 3), 89);
 }
 
 // --- the line pass ---
 
 TEST(MacroLinePass, CallsInCommentsAreLeftAlone) {
-  TextInput in(
-      "#define A #x#\n"
-      "y ; $Nope\n"
-      "/* $Nope */ $A\n"
-      "/* open\n"
-      "$Nope */ $A\n"
-      "/* /* */ $A */\n");
+  TextInput in("#define A #x#\ny ; $Nope\n/* $Nope */ $A\n/* open\n$Nope */ $A\n/* /* */ $A */\n");
   ASSERT_EQ(statement(in), 0);
   EXPECT_EQ(next_line(in), "y ; $Nope ");
   EXPECT_EQ(next_line(in), "/* $Nope */ x ");
@@ -323,14 +219,22 @@ TEST(MacroLinePass, CallsInCommentsAreLeftAlone) {
   EXPECT_EQ(next_line(in), "/* /* */ x */ ");  // block comments do not nest here
 }
 
-// Definitions are seen through the constant pass: a "~" in one is left alone.
+TEST(MacroLinePass, StatementsStopTheScan) {
+  for (const char* text : {"#undef X $Nope\n", "#const Q 1 $Nope\n", "#ifx $Nope\n", "#e $Nope\n"}) {
+    TextInput in(text);
+    EXPECT_EQ(status_after(in, 0), 0) << text;
+  }
+}
+
+// Where definitions stand shows through the constant pass: a "~" inside one
+// is left alone.
 TEST(MacroLinePass, DefinitionsAreMarkedAcrossLines) {
   TextInput in("#const K 1\n#define A #x ~K\n~K y#  ~K\n");
-  ASSERT_EQ(statement(in), 0);
   in.run.SUPRESS = 1;
-  EXPECT_EQ(statement(in), 0);
+  ASSERT_EQ(statement(in), 0);
+  ASSERT_EQ(statement(in), 0);
   EXPECT_EQ(in.run.macro_list[0].body, "x ~K \n~K y");
-  EXPECT_EQ(in.src.buffer, std::string("~K y#  1.000 "));
+  EXPECT_EQ(std::string(in.src.buffer), "~K y#  1.000 ");
 }
 
 TEST(MacroLinePass, GreaterThanMakesHashPlainText) {
@@ -340,41 +244,23 @@ TEST(MacroLinePass, GreaterThanMakesHashPlainText) {
   EXPECT_EQ(next_line(in), "> x #y 1.000 ");
   EXPECT_EQ(next_line(in), "x #y ~K ");
   EXPECT_EQ(in.run.IN_MACRO_DEF, 1);  // the definition goes on
-}
 
-TEST(MacroLinePass, GreaterThanAtIndex85DoesNotCount) {
-  for (int at : {84, 85, 86}) {
-    TextInput in("#const K 1\n" + std::string(static_cast<size_t>(at), 'x') + "> #y ~K\n");
-    in.run.SUPRESS = 1;
-    ASSERT_EQ(statement(in), 0);
-    std::string tail = next_line(in).substr(static_cast<size_t>(at));
-    EXPECT_EQ(tail, at == 85 ? "> #y ~K " : "> #y 1.000 ") << at;
+  for (int at : {84, 85, 86}) {  // except a ">" at index 85
+    TextInput pad("#const K 1\n" + std::string(static_cast<size_t>(at), 'x') + "> #y ~K\n");
+    pad.run.SUPRESS = 1;
+    ASSERT_EQ(statement(pad), 0);
+    EXPECT_EQ(next_line(pad).substr(static_cast<size_t>(at)), at == 85 ? "> #y ~K " : "> #y 1.000 ");
   }
-}
 
-TEST(MacroLinePass, ACallAtTheStartOfTheLineRescansFromItsSecondCharacter) {
-  // The body's ">" is stepped over when the call stood at index 0.
-  TextInput start("#const K 1\n#define G #>#\n$G #y ~K\n");
+  // The text put in place of a call is scanned again, from its second
+  // character when the call stood at index 0: there its ">" goes unseen.
+  TextInput start("#const K 1\n#define G #>#\n$G #y ~K\n $G #y ~K\n");
   start.run.SUPRESS = 1;
   ASSERT_EQ(statement(start), 0);
   ASSERT_EQ(statement(start), 0);
   EXPECT_EQ(next_line(start), "> #y ~K ");
-
-  TextInput later("#const K 1\n#define G #>#\n $G #y ~K\n");
-  later.run.SUPRESS = 1;
-  ASSERT_EQ(statement(later), 0);
-  ASSERT_EQ(statement(later), 0);
-  EXPECT_EQ(next_line(later), " > #y 1.000 ");
-}
-
-TEST(MacroLinePass, StatementsStopTheScan) {
-  for (const char* text : {"#undef X $Nope\n", "#const Q 1 $Nope\n", "#ifx $Nope\n",
-                           "#e $Nope\n"}) {
-    TextInput in(text);
-    int status = -2;
-    next_line(in, &status);
-    EXPECT_EQ(status, 0) << text;
-  }
+  start.run.IN_MACRO_DEF = 0;
+  EXPECT_EQ(next_line(start), " > #y 1.000 ");
 }
 
 }  // namespace
