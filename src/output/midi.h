@@ -1,4 +1,5 @@
-// The Standard MIDI File writer (format 1: a conductor track and a note track).
+// The Standard MIDI File writer (format 1: a conductor track and a note
+// track, 480 ticks a second).
 #pragma once
 
 #include <cstdint>
@@ -9,11 +10,26 @@
 
 namespace sorvel {
 
-// Turns the block's events into note-ons and note-offs; `size` receives the
-// bytes of the note track's events. Returns 1 when there is at least one note.
+// A time in seconds as ticks (480 a second): negative gives 0, and values
+// beyond 32 bits saturate.
+uint32_t midi_ticks(float seconds);
+// The same, clamped to 0x0FFFFFFF, the most a four-byte delta can hold.
+uint32_t midi_delta(float seconds);
+
+// Turns the block's events into note-ons and note-offs, listing each; `size`
+// receives the bytes of the note track's events. Returns 1 when there is at
+// least one note, else 0 (after the all-rests message when there were rests).
 int List2MIDI(Run& run, Block& block, uint32_t& size);
+
 void PutMidiHeader(FILE* file, int tracks);
+void PutTrkHeader(FILE* file, uint32_t length);
+// The conductor track: 4/4, 60 quarter notes a minute, ending at end_seconds.
 void PutTrack1(FILE* file, float end_seconds);
+// The note track (nothing for an empty list).
 void WriteTrack(FILE* file, EventList& list, uint32_t size);
+void NoteOn(FILE* file, uint32_t delta, int key, int velocity, int channel);
+void NoteOff(FILE* file, uint32_t delta, int key, int channel);
+// A variable-length quantity: seven bits a byte, high groups first.
+void WriteVarLen(uint32_t value, FILE* file);
 
 }  // namespace sorvel

@@ -1,0 +1,272 @@
+// Whole runs in-process: the command line, the file checks and opening order,
+// the banner and the totals, and that no temporary file outlives a run.
+#include "driver/run.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/capture.h"
+
+namespace sorvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kBannerLine = "\nSorvel (1.0.0, Nov 21 2026, 12:00:00)\n";
+
+const std::string kUsage = kBannerLine +
+                           "A score generator for Csound and Standard MIDI Files\n"
+                           "Written by the Sorvel developers\n"
+                           "Report problems through the project's issue tracker\n"
+                           "\n"
+                           "  Usage: sorvel [options] infile outfile\n"
+                           "  Options:\n"
+                           "  -l <logfile>  screen ouput (text)\n"
+                           "  -m            outfile is a MIDI file (format 1)\n"
+                           "  -s            suppress non-error messages\n"
+                           "  -t            verbose tempo information\n"
+                           "  -x <expfile>  macro expansions (text)\n\n";
+
+const std::string kNoData = "\n\n\t(N.B. No I-Block Data Written)";
+const std::string kNoTime = "\n\nGlobal cumulative duration of all i-blocks =    0.00 (secs)\n";
+const std::string kDuplicate = "\nERROR: You can't use a filename multiple times!\n\n";
+
+// The banner and file summary of a run.
+std::string info(const std::string& in, const std::string& out, const char* log = nullptr,
+                 const char* exp = nullptr, bool midi = false) {
+  std::string s = kBannerLine +
+                  "A score generator for Csound and Standard MIDI Files\n"
+                  "Written by the Sorvel developers\n"
+                  "Free software: use it, study it, share it\n"
+                  "Report problems through the project's issue tracker\n"
+                  "\n\nInput\t= \"" + in + "\"\nOutput\t= \"" + out + "\" " +
+                  (midi ? "[MIDI file (type 1)]\n" : "[Csound score-file]\n");
+  if (log) s += std::string("Log \t= \"") + log + "\"\n";
+  if (exp) s += std::string("MExp\t= \"") + exp + "\"\n";
+  return s;
+}
+
+std::string make_dir() {
+  std::string templ = fs::temp_directory_path().string() + "/driver-test-XXXXXX";
+  std::vector<char> name(templ.begin(), templ.end());
+  name.push_back('\0');
+  if (!mkdtemp(name.data())) std::abort();
+  return name.data();
+}
+
+class Driver : public ::testing::Test {
+ protected:
+  std::string dir = make_dir();  // the test's own files
+  std::string tmp = make_dir();  // the run's temporary directory
+
+  struct Result {
+    int status;
+    std::string screen, console;
+  };
+
+  void TearDown() override {
+    EXPECT_TRUE(fs::is_empty(tmp)) << "a temporary file was left behind";
+    fs::remove_all(dir);
+    fs::remove_all(tmp);
+  }
+
+  Result run(std::vector<std::string> args, const std::string& tmp_dir = "") {
+    sorvel::Run r;
+    r.tmp_dir = tmp_dir.empty() ? tmp : tmp_dir;
+    testing::Capture screen, console;
+    r.screen = screen.f;
+    r.console = console.f;
+    std::vector<char*> argv;
+    std::string program = "sorvel";
+    argv.push_back(program.data());
+    for (std::string& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    int status = run_sorvel(r, static_cast<int>(argv.size()) - 1, argv.data());
+    return {status, screen.text(), console.text()};
+  }
+
+  std::string path(const std::string& name) const { return dir + "/" + name; }
+
+  void write(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name), std::ios::binary) << text;
+  }
+
+  std::optional<std::string> read(const std::string& name) const {
+    std::ifstream in(path(name), std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+  }
+
+  // A failure that prints `screen` and must leave `out` unwritten.
+  void expect_refused(std::vector<std::string> args, const std::string& screen,
+                      const std::string& console = "") {
+    Result r = run(args);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.screen, screen);
+    EXPECT_EQ(r.console, console);
+    EXPECT_FALSE(fs::exists(path("out.sco")));
+  }
+};
+
+TEST_F(Driver, NoArgumentsPrintsUsage) {
+  Result r = run({});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.screen, kUsage);
+  EXPECT_EQ(r.console, "");
+}
+
+TEST_F(Driver, UnknownOptionsPrintUsage) {
+  write("a.sor", "");
+  for (const char* opt : {"-n", "-a", "-z", "-L", "-", "-k", "-y"}) {
+    SCOPED_TRACE(opt);
+    expect_refused({opt, path("a.sor"), path("out.sco")}, kUsage);
+  }
+}
+
+TEST_F(Driver, ExactlyTwoFileNamesAfterTheOptions) {
+  write("a.sor", "");
+  expect_refused({path("a.sor")}, kUsage);
+  expect_refused({path("a.sor"), path("out.sco"), path("b.sco")}, kUsage);
+  expect_refused({path("a.sor"), path("out.sco"), "-s"}, kUsage);
+  expect_refused({"-s", "-t"}, kUsage);
+}
+
+TEST_F(Driver, NameMissingAfterLogOrExpansionOption) {
+  const std::string no_log = "\nError: No logfile name\n\n";
+  const std::string no_exp = "\nError: No macro-expansion file name\n\n";
+  write("a.sor", "");
+  expect_refused({"-l"}, "", no_log);
+  expect_refused({"-l", "-m", path("a.sor"), path("out.sco")}, "", no_log);
+  expect_refused({"-x"}, "", no_exp);
+  expect_refused({"-x", "-s", path("a.sor"), path("out.sco")}, "", no_exp);
+}
+
+TEST_F(Driver, EmptyInputGivesAnEmptyScore) {
+  write("a.sor", "");
+  Result r = run({path("a.sor"), path("out.sco")});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.screen, info(path("a.sor"), path("out.sco")) + kNoData + kNoTime + "\n");
+  EXPECT_EQ(r.console, "");
+  EXPECT_EQ(read("out.sco"), "\ne\n");
+  EXPECT_EQ(read("a.sor"), "");
+}
+
+TEST_F(Driver, CommentsOnlyAndFlagsThatChangeNothingHere) {
+  // -s does not silence the summary or the totals; -t has no tempo to show.
+  write("a.sor", "; nothing but a comment\n/* and\n   another */\n");
+  for (const char* opt : {"-s", "-t", "-sq", "-tz"}) {
+    SCOPED_TRACE(opt);
+    Result r = run({opt, path("a.sor"), path("out.sco")});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.screen, info(path("a.sor"), path("out.sco")) + kNoData + kNoTime + "\n");
+    EXPECT_EQ(read("out.sco"), "\ne\n");
+  }
+}
+
+TEST_F(Driver, LettersAfterAnOptionAreIgnored) {
+  // "-mx" is "-m": a MIDI file, and no expansion file name is looked for.
+  write("a.sor", "");
+  Result r = run({"-mx", path("a.sor"), path("out.mid")});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.screen,
+            info(path("a.sor"), path("out.mid"), nullptr, nullptr, true) + kNoData + kNoTime + "\n");
+  EXPECT_EQ(read("out.mid"), "");  // nothing written, and no score end
+}
+
+TEST_F(Driver, LogNameJoinedOrSeparate) {
+  write("a.sor", "; one line\n");
+  const std::string log = path("run.log");
+  const std::string expected = info(path("a.sor"), path("out.sco"), log.c_str()) + kNoData + kNoTime;
+  for (bool joined : {true, false}) {
+    SCOPED_TRACE(joined ? "joined" : "separate");
+    fs::remove(log);
+    Result r = joined ? run({"-l" + log, path("a.sor"), path("out.sco")})
+                      : run({"-l", log, path("a.sor"), path("out.sco")});
+    EXPECT_EQ(r.status, 0);
+    // The last newline comes after the log is closed: screen only.
+    EXPECT_EQ(r.screen, expected + "\n");
+    EXPECT_EQ(read("run.log"), expected);
+    EXPECT_EQ(read("out.sco"), "\ne\n");
+  }
+}
+
+TEST_F(Driver, ExpansionFileGetsEveryLine) {
+  write("a.sor", "; one\n\n; three");
+  const std::string log = path("run.log"), exp = path("run.x");
+  Result r = run({"-x" + exp, "-l", log, path("a.sor"), path("out.sco")});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.screen,
+            info(path("a.sor"), path("out.sco"), log.c_str(), exp.c_str()) + kNoData + kNoTime + "\n");
+  EXPECT_EQ(read("run.x"), "; one \n \n; three\n");
+}
+
+TEST_F(Driver, SameNameTwiceIsRefusedBeforeAnythingIsOpened) {
+  const std::string in = path("a.sor"), out = path("out.sco"), other = path("b.txt");
+  write("a.sor", "; keep me\n");
+  expect_refused({in, in}, kDuplicate);
+  expect_refused({"-l", in, in, out}, kDuplicate);
+  expect_refused({"-l" + out, in, out}, kDuplicate);
+  expect_refused({"-x", in, in, out}, kDuplicate);
+  expect_refused({"-x", out, in, out}, kDuplicate);
+  expect_refused({"-l", other, "-x", other, in, out}, kDuplicate);
+  EXPECT_FALSE(fs::exists(other));
+  EXPECT_EQ(read("a.sor"), "; keep me\n");
+}
+
+TEST_F(Driver, TwoNamesOfOneFileAreRefused) {
+  const std::string in = path("a.sor"), out = path("out.sco");
+  write("a.sor", "; keep me\n");
+  expect_refused({in, dir + "/./a.sor"}, kDuplicate);
+  expect_refused({"-l", dir + "/../" + fs::path(dir).filename().string() + "/a.sor", in, out},
+                 kDuplicate);
+  ASSERT_EQ(link(in.c_str(), path("hard.sor").c_str()), 0);
+  expect_refused({path("hard.sor"), in}, kDuplicate);
+  fs::create_symlink(in, path("soft.sor"));
+  expect_refused({"-x", path("soft.sor"), in, out}, kDuplicate);
+  EXPECT_EQ(read("a.sor"), "; keep me\n");
+}
+
+TEST_F(Driver, FilesThatCannotBeOpened) {
+  write("a.sor", "");
+  const std::string in = path("a.sor"), out = path("out.sco");
+  const std::string nowhere = path("no/such/dir");
+  expect_refused({path("missing.sor"), out},
+                 "\nERROR: Can't open \"" + path("missing.sor") + "\".\n\n");
+  expect_refused({in, nowhere + ".sco"}, "\nERROR: Can't open \"" + nowhere + ".sco\".\n\n");
+
+  // Later opens fail after the output was made; nothing else may stay behind.
+  Result x = run({"-x", nowhere + ".x", in, out});
+  EXPECT_EQ(x.status, 1);
+  EXPECT_EQ(x.screen, "\nERROR: Can't open \"" + nowhere + ".x\".\n\n");
+  Result l = run({"-l", nowhere + ".log", in, out});
+  EXPECT_EQ(l.status, 1);
+  EXPECT_EQ(l.screen, "\nERROR: Can't open \"" + nowhere + ".log\".\n\n");
+}
+
+TEST_F(Driver, TemporaryFileCannotBeMade) {
+  write("a.sor", "");
+  Result r = run({path("a.sor"), path("out.sco")}, path("missing-dir"));
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.screen, "\nERROR: Can't open temporary file\n\n");
+}
+
+TEST_F(Driver, ADirectoryAsInputReadsAsEmpty) {
+  fs::create_directory(path("folder"));
+  Result r = run({path("folder"), path("out.sco")});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.screen, info(path("folder"), path("out.sco")) + kNoData + kNoTime + "\n");
+  EXPECT_EQ(read("out.sco"), "\ne\n");
+}
+
+}  // namespace
+}  // namespace sorvel
