@@ -6,8 +6,9 @@
     gen.py midi    NOTES  [-o FILE]
 
 literal  One block counted in events whose p-fields are short loops of literal
-         values: rhythms (rh), durations, dB, pitch names (no) with chords,
-         reals, integers with "x" repeats, "/" repeats. Filling the block
+         values: rhythms (rh), durations, pitch names (no) with chords, dB,
+         reals, integers with "x" repeats, rhythms in a later p-field (and
+         from 9 p-fields on "/" repeats and "op" values). Filling the block
          replays the loops, so a few lines of input make EVENTS events.
          The chords add events of their own; the block's head count is chosen
          so that the score holds exactly EVENTS events.
@@ -133,7 +134,8 @@ def midi(notes):
 
 
 def main():
-    ap = argparse.ArgumentParser(description="Large Sorvel inputs for the benchmark.")
+    ap = argparse.ArgumentParser(description=__doc__,
+                                 formatter_class=argparse.RawDescriptionHelpFormatter)
     ap.add_argument("shape", choices=["literal", "cloud", "midi"])
     ap.add_argument("events", type=int, help="events (notes for midi)")
     ap.add_argument("--pfields", type=int, default=8, help="p-fields per event (default 8)")
