@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "base/rng.h"
@@ -73,8 +74,10 @@ struct Run {
   int TOT_TEMPOS = 1;
 
   // Preprocessing.
-  std::vector<Macro> macro_list;   // newest last
-  std::vector<Constant> var_list;  // newest last
+  // Definitions by name (a name is defined at most once, so a lookup by name
+  // finds the one definition a newest-first search would).
+  std::unordered_map<std::string, Macro> macro_list;
+  std::unordered_map<std::string, Constant> var_list;
   int IN_COMMENT = 0;
   int IN_MACRO_DEF = 0;
   int IF_MATCH = 0;

@@ -44,16 +44,15 @@ int get_vdata(Source& src, Constant& constant) {
   return 0;
 }
 
-int store_var(Constant&& constant, std::vector<Constant>& list) {
-  if (find_var(list, constant.name)) return 100;
-  list.push_back(std::move(constant));
-  return 0;
+int store_var(Constant&& constant, std::unordered_map<std::string, Constant>& list) {
+  std::string name = constant.name;
+  return list.try_emplace(std::move(name), std::move(constant)).second ? 0 : 100;
 }
 
-const Constant* find_var(const std::vector<Constant>& list, const std::string& name) {
-  for (auto it = list.rbegin(); it != list.rend(); ++it)
-    if (it->name == name) return &*it;
-  return nullptr;
+const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
+                         const std::string& name) {
+  auto it = list.find(name);
+  return it == list.end() ? nullptr : &it->second;
 }
 
 int find_vname(Source& src, const Constant*& found) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "base/run.h"
@@ -21,9 +22,10 @@ int get_vdefine(Source& src);
 // The name and the value.
 int get_vdata(Source& src, Constant& constant);
 // Adds the constant to the list: 0, or 100 when the name is taken.
-int store_var(Constant&& constant, std::vector<Constant>& list);
+int store_var(Constant&& constant, std::unordered_map<std::string, Constant>& list);
 // The newest constant of that name, or null.
-const Constant* find_var(const std::vector<Constant>& list, const std::string& name);
+const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
+                         const std::string& name);
 // Reads the name at the position and finds it: 1, or 1000 with the message
 // printed when there is no such constant.
 int find_vname(Source& src, const Constant*& found);

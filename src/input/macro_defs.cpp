@@ -143,27 +143,24 @@ int store_macro(Macro&& macro, std::vector<Macro>& list) {
   return 0;
 }
 
+int store_macro(Macro&& macro, std::unordered_map<std::string, Macro>& list) {
+  std::string name = macro.name;
+  return list.try_emplace(std::move(name), std::move(macro)).second ? 0 : 84;
+}
+
 int do_undefine(Source& src) {
   // Any one of "u", "n", "d", "e", "f" in its place passes.
-  static const char kWord[] = "undef";
-  bool match = false;
-  for (int k = 0; k < 5; ++k)
-    if (char_at(src, src.pos + k) == kWord[k]) match = true;
-  if (!match || !is_space(char_at(src, src.pos + 5))) return 80;
-  src.pos += 5;
-  src.skip_blanks();
+  int r = loose_keyword(src, "undef", 5);
+  if (r) return r;
   std::string name;
   while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
-  std::vector<Macro>& list = src.run.macro_list;
+  auto& list = src.run.macro_list;
   if (list.empty()) return 91;
-  auto it = std::find_if(list.rbegin(), list.rend(),
-                         [&](const Macro& m) { return m.name == name; });
-  if (it == list.rend()) {
+  if (list.erase(name) == 0) {
     Mprintf(src.run, "\n\nERROR: Line %d: There is no macro \"%s\" in your input file!\n",
             src.line, name.c_str());
     return 1000;
   }
-  list.erase(std::next(it).base());
   return 0;
 }
 
@@ -171,6 +168,12 @@ const Macro* find_macro(const std::vector<Macro>& list, const std::string& name)
   for (auto it = list.rbegin(); it != list.rend(); ++it)
     if (it->name == name) return &*it;
   return nullptr;
+}
+
+const Macro* find_macro(const std::unordered_map<std::string, Macro>& list,
+                        const std::string& name) {
+  auto it = list.find(name);
+  return it == list.end() ? nullptr : &it->second;
 }
 
 void print_macro(Run& run, const Macro& macro) {

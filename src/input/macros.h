@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "base/run.h"
@@ -32,10 +33,13 @@ int get_args(Source& src, Macro& macro);
 int get_body(Source& src, std::string& body);
 // Adds the definition to the list: 0, or 84 when the name is taken.
 int store_macro(Macro&& macro, std::vector<Macro>& list);
+int store_macro(Macro&& macro, std::unordered_map<std::string, Macro>& list);
 // "#undef NAME", entered just after the "#".
 int do_undefine(Source& src);
 // The newest definition of `name`, or null.
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name);
+const Macro* find_macro(const std::unordered_map<std::string, Macro>& list,
+                        const std::string& name);
 // A listing of one definition, for debugging.
 void print_macro(Run& run, const Macro& macro);
 

@@ -40,9 +40,9 @@ TEST(MacroDefinition, Bodies) {
   EXPECT_EQ(next_line(in), "x y z ");
   EXPECT_EQ(in.messages(), expanding("A", 2));
   ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(in.run.macro_list[1].body, "x \ny");
+  EXPECT_EQ(find_macro(in.run.macro_list, "B")->body, "x \ny");
   ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(in.run.macro_list[2].body, "a ; # c \nb /* # */");  // "#" in comments stays
+  EXPECT_EQ(find_macro(in.run.macro_list, "C")->body, "a ; # c \nb /* # */");  // "#" in comments stays
   EXPECT_EQ(in.src.cur(), 'd');
   EXPECT_EQ(in.run.IN_MACRO_DEF, 0);
 }
@@ -52,7 +52,7 @@ TEST(MacroDefinition, ParametersOverLinesWithEverySeparator) {
   // for the line pass, so this body holds no "$".)
   TextInput in("#define M(a, b#c'\n d) #abcd#\n");
   ASSERT_EQ(statement(in), 0);
-  const Macro& m = in.run.macro_list[0];
+  const Macro& m = *find_macro(in.run.macro_list, "M");
   EXPECT_EQ(m.nargs, 4);
   EXPECT_EQ(m.args, (std::vector<std::string>{"a", "b", "c", "d"}));
 }
@@ -97,12 +97,12 @@ TEST(MacroDefinition, LimitsThatPass) {
   ASSERT_EQ(statement(loose), 0);
   ASSERT_EQ(statement(loose), 0);
   EXPECT_NE(find_macro(loose.run.macro_list, "N"), nullptr);
-  EXPECT_EQ(loose.run.macro_list[1].nargs, 128);
+  EXPECT_EQ(find_macro(loose.run.macro_list, "P")->nargs, 128);
 
   // " \n" from the first line, then the rest: 2047 characters in all pass.
   TextInput fits("#define A #\n" + std::string(2045, 'x') + "#\n");
   ASSERT_EQ(statement(fits), 0);
-  EXPECT_EQ(fits.run.macro_list[0].body.size(), 2047u);
+  EXPECT_EQ(find_macro(fits.run.macro_list, "A")->body.size(), 2047u);
 
   TextInput over("#define A #\n" + std::string(2046, 'x') + "#\n");
   EXPECT_EQ(statement(over), 1000);
@@ -233,7 +233,7 @@ TEST(MacroLinePass, DefinitionsAreMarkedAcrossLines) {
   in.run.SUPRESS = 1;
   ASSERT_EQ(statement(in), 0);
   ASSERT_EQ(statement(in), 0);
-  EXPECT_EQ(in.run.macro_list[0].body, "x ~K \n~K y");
+  EXPECT_EQ(find_macro(in.run.macro_list, "A")->body, "x ~K \n~K y");
   EXPECT_EQ(std::string(in.src.buffer), "~K y#  1.000 ");
 }
 
