@@ -25,7 +25,8 @@
 //   ```messages
 //       An excerpt of the standard error stream: the block's lines, from its
 //       first to its last non-blank line, must occur in the messages as
-//       consecutive lines.
+//       consecutive lines. Tabs, on both sides, count as blanks up to the
+//       next multiple of eight columns, as a terminal shows them.
 //   ```midi
 //       The note track of the MIDI file, one line per note message:
 //           TICK on KEY VELOCITY   or   TICK off KEY
@@ -196,6 +197,17 @@ void show_difference(const std::vector<std::string>& want, const std::vector<std
   for (size_t i = at; i < got.size() && i < at + 6; ++i) std::printf("    + %s\n", got[i].c_str());
 }
 
+std::string expand_tabs(const std::string& line) {
+  std::string out;
+  for (char c : line) {
+    if (c == '\t')
+      out.append(8 - out.size() % 8, ' ');
+    else
+      out += c;
+  }
+  return out;
+}
+
 std::vector<std::string> trimmed(const std::vector<std::string>& lines, bool drop_blank) {
   std::vector<std::string> out;
   for (const std::string& l : lines) {
@@ -352,7 +364,8 @@ bool check_example(const fs::path& program, const Example& ex, const fs::path& d
     fail(ex.input.line, "exit status " + std::to_string(WEXITSTATUS(status)) + ", expected " +
                             std::to_string(want_status));
 
-  std::vector<std::string> err_lines = trimmed(split_lines(err), false);
+  std::vector<std::string> err_lines;
+  for (const std::string& l : trimmed(split_lines(err), false)) err_lines.push_back(expand_tabs(l));
   bool warning_shown = false;
   for (const Block& c : ex.checks)
     if (c.kind == "messages")
@@ -376,7 +389,8 @@ bool check_example(const fs::path& program, const Example& ex, const fs::path& d
         show_difference(want, got);
       }
     } else if (c.kind == "messages") {
-      std::vector<std::string> want = trimmed(c.lines, false);
+      std::vector<std::string> want;
+      for (const std::string& l : trimmed(c.lines, false)) want.push_back(expand_tabs(l));
       while (!want.empty() && want.front().empty()) want.erase(want.begin());
       while (!want.empty() && want.back().empty()) want.pop_back();
       if (!contains_run(err_lines, want)) {
