@@ -54,8 +54,9 @@ int count_digits(uint64_t n) {
 // "%.*f" for a finite value whose magnitude is below 2^30 and a precision up
 // to 9 (so the scaled value fits 64 bits), computed exactly: with |v| = m / 2^s,
 // m * 10^prec is an exact integer and its division by 2^s is rounded half to
-// even on the exact remainder, as printf rounds. Returns null for any other value.
-char* put_fixed_exact(char* p, double v, int prec) {
+// even on the exact remainder, as printf rounds. Writes the number right-aligned
+// in `width` columns; returns null (writing nothing) for any other value.
+char* put_fixed_exact(char* p, double v, int width, int prec) {
   uint64_t bits;
   std::memcpy(&bits, &v, sizeof bits);
   const bool negative = bits >> 63;
@@ -76,9 +77,12 @@ char* put_fixed_exact(char* p, double v, int prec) {
       scaled = static_cast<uint64_t>(q);
     }
   }
-  if (negative) *p++ = '-';
   const uint64_t whole = scaled / kPow10[prec];
-  p = put_digits(p, whole, count_digits(whole));
+  const int whole_digits = count_digits(whole);
+  const int len = negative + whole_digits + (prec > 0 ? prec + 1 : 0);
+  for (int i = len; i < width; ++i) *p++ = ' ';
+  if (negative) *p++ = '-';
+  p = put_digits(p, whole, whole_digits);
   if (prec > 0) {
     *p++ = '.';
     p = put_digits(p, scaled % kPow10[prec], prec);
@@ -99,24 +103,15 @@ char* put_fixed(char* p, double v, int prec) {
     std::memcpy(p, "inf", 3);
     return p + 3;
   }
-  if (char* end = put_fixed_exact(p, v, prec)) return end;
+  if (char* end = put_fixed_exact(p, v, 0, prec)) return end;
   auto res = std::to_chars(p, p + kNumTextMax, v, std::chars_format::fixed, prec);
   return res.ptr;
 }
 
 char* put_fixed(char* p, double v, int width, int prec) {
-  // Most fields are written straight into place: the number is made in a
-  // small buffer and the padding goes first.
-  char tmp[64];
-  char* end = std::isfinite(v) ? put_fixed_exact(tmp, v, prec) : nullptr;
-  if (!end) {
-    end = put_fixed(p, v, prec);
-    return pad_left(p, static_cast<int>(end - p), width);
-  }
-  const int len = static_cast<int>(end - tmp);
-  for (int i = len; i < width; ++i) *p++ = ' ';
-  std::memcpy(p, tmp, static_cast<size_t>(len));
-  return p + len;
+  if (char* end = put_fixed_exact(p, v, width, prec)) return end;
+  char* end = put_fixed(p, v, prec);
+  return pad_left(p, static_cast<int>(end - p), width);
 }
 
 char* put_long(char* p, long v) {

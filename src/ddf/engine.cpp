@@ -143,11 +143,11 @@ struct RhythmProducer {
   DdfArgs& a;
   int type;
   SetChoice choice;
+  unsigned span = 0;  // events of a negative duration
 
   float curve(float elapsed, unsigned index, float from, float to, float code, double value) {
     const unsigned kind = static_cast<unsigned>(trunc_i32(code));
     if (a.dur >= 0.0f) return tplot_val(elapsed, a.dur, from, to, kind, value);
-    const unsigned span = static_cast<unsigned>(std::trunc(-static_cast<double>(a.dur)));
     return pplot_val(index, span, from, to, kind, value);
   }
 
@@ -239,8 +239,8 @@ int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<fl
     return 0;
   }
   float base, last;
-  const unsigned calls = events_covered(c, d, a.dur, base, last);
-  for (unsigned i = 0; i < calls; ++i) {
+  p.span = events_covered(c, d, a.dur, base, last);
+  for (unsigned i = 0; i < p.span; ++i) {
     int r = insert_DDFp2(c, d, p, weights, elapsed, index);
     if (r > 0) return r;
   }

@@ -1,11 +1,135 @@
 #include "input/includes.h"
 
+#include <sys/stat.h>
+
+#include "base/chars.h"
+#include "base/diag.h"
+
 namespace sorvel {
 
-int parse_includes(Run&, FILE* source, FILE* tmp, int& counter) {
-  ++counter;
+namespace {
+
+constexpr int kMaxIncludes = 12;  // the main input and at most 11 include files in a run
+constexpr int kNameMax = 255;     // characters of an include file name
+
+// The copy state of one file.
+struct CopyState {
+  int prev = ' ';       // the character read before the current one
+  int comment = 0;      // block-comment level
+  bool line_flag = false;  // set after ";" or ">" for the rest of the line
+};
+
+// Copies one ordinary character and updates the state.
+void copy_char(int c, FILE* tmp, CopyState& st) {
+  std::putc(c, tmp);
+  if ((c == ';' || c == '>') && st.prev != '/') st.line_flag = true;
+  if (c == '*' && st.prev == '/') ++st.comment;
+  if (c == '/' && st.prev == '*' && st.comment > 0) --st.comment;
+  if (c == '\n') st.line_flag = false;
+}
+
+// After "#include": skips white space and reads |name|. Returns 0 with the
+// name, or the failure result (message printed).
+int read_include_name(Run& run, FILE* source, char (&name)[kNameMax + 1]) {
   int c;
-  while ((c = std::getc(source)) != EOF) std::putc(c, tmp);
+  do c = std::getc(source);
+  while (c != EOF && is_space(c));
+  if (c != '|') {
+    Mprintf(run, "\n\nInclude filename must be preceeded by a |.\n");
+    return 1;
+  }
+  int read = 0, len = 0;
+  while ((c = std::getc(source)) != EOF && c != '|') {
+    if (++read > kNameMax) {
+      Mprintf(run, "\nERROR: Include filename has exceeded maximum");
+      Mprintf(run, "\nlength of %d characters.\n\n", kNameMax);
+      return 999;
+    }
+    if (c != '\n') name[len++] = static_cast<char>(c);
+  }
+  name[len] = '\0';
+  return 0;
+}
+
+// Regular files and directories (which read as empty) can be included; a
+// device or a pipe could feed the copy without end, or never answer.
+bool includable(const char* name) {
+  struct stat st;
+  if (stat(name, &st) != 0) return true;  // fopen reports it
+  return S_ISREG(st.st_mode) || S_ISDIR(st.st_mode);
+}
+
+// Splices the file named by the directive just read into tmp.
+int include_file(Run& run, FILE* source, FILE* tmp, int& counter) {
+  char name[kNameMax + 1];
+  int r = read_include_name(run, source, name);
+  if (r) return r;
+  long mark = std::ftell(source);
+  FILE* f = includable(name) ? std::fopen(name, "r") : nullptr;
+  if (!f) {
+    Mprintf(run, "\nBad include file name: \"%s\"\n\n", name);
+    return 999;
+  }
+  Mprintf(run, "\n\tOpening include file \"%s\"...", name);
+  r = parse_includes(run, f, tmp, counter);
+  std::fclose(f);
+  if (r > 0) return r;
+  if (mark >= 0) std::fseek(source, mark, SEEK_SET);
+  return 0;
+}
+
+}  // namespace
+
+int parse_includes(Run& run, FILE* source, FILE* tmp, int& counter) {
+  if (++counter > kMaxIncludes) {
+    Mprintf(run, "\n\nToo many embedded include files! (Max = %d)\n", kMaxIncludes);
+    return 1;
+  }
+  CopyState st;
+  int c;
+  while ((c = std::getc(source)) != EOF) {
+    if (c != '#' || st.line_flag || st.comment) {
+      copy_char(c, tmp, st);
+      st.prev = c;
+      continue;
+    }
+    // A "#" that may begin "#include". The characters looked at after it are
+    // copied as they stand (or, after "#in", dropped) without changing the
+    // comment or line state.
+    int c1 = std::getc(source);
+    if (c1 != 'i') {
+      std::putc('#', tmp);
+      if (c1 == EOF) return 0;
+      std::putc(c1, tmp);
+      st.prev = c1;
+      continue;
+    }
+    int c2 = std::getc(source);
+    if (c2 != 'n') {
+      std::putc('#', tmp);
+      std::putc('i', tmp);
+      if (c2 == EOF) return 0;
+      std::putc(c2, tmp);
+      st.prev = c2;
+      continue;
+    }
+    // "#in": anything but "clude" drops what was read since the "#".
+    const char* rest = "clude";
+    int k = 0;
+    int d = 'n';
+    for (; rest[k]; ++k) {
+      d = std::getc(source);
+      if (d != rest[k]) break;
+    }
+    if (d == EOF) return 0;
+    st.prev = d;
+    if (rest[k]) continue;
+    int r = include_file(run, source, tmp, counter);
+    if (r > 0) return r;
+    st.comment = 0;
+    st.line_flag = false;
+    st.prev = '|';
+  }
   return 0;
 }
 

@@ -10,6 +10,7 @@ namespace sorvel {
 int Source::get_buff() {
   if (!std::fgets(buffer, kLineSize, fin)) return -1;
   ++line;
+  expansions = 0;
   std::memset(marks_, 0, sizeof marks_);
   int n = 0;
   for (; buffer[n]; ++n) {

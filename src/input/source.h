@@ -20,6 +20,7 @@ class Source {
   char buffer[kLineSize];
   int pos = 0;   // scan position, 0-based
   int line = 0;  // lines read so far; the first line is 1
+  long expansions = 0;  // macro expansions made while reading the current line
 
   // Reads and preprocesses the next line: -1 at end of input, 0 on success, or
   // a positive error number.

@@ -90,7 +90,15 @@ int print_csound(Run& run, Block& block, FILE* stream) {
   std::vector<Column> columns;
   for (int k = 4; k <= count; ++k)
     columns.push_back(Column{block.OUTS[k - 2], decimals(block.RE_FW[k - 2]), block.FFT_SZ[k - 2]});
-  std::vector<char> line(static_cast<size_t>(count + 1) * kFieldRoom + kNumTextMax);
+  // Lines are gathered in one buffer and written in large pieces.
+  const size_t line_room = static_cast<size_t>(count + 1) * kFieldRoom + kNumTextMax;
+  constexpr size_t kFlushAt = 1 << 16;
+  std::vector<char> buffer(kFlushAt + line_room);
+  char* p = buffer.data();
+  auto flush = [&] {
+    std::fwrite(buffer.data(), 1, static_cast<size_t>(p - buffer.data()), stream);
+    p = buffer.data();
+  };
 
   Event* prev = list.handle;
   for (bool done = false; !done;) {
@@ -112,7 +120,6 @@ int print_csound(Run& run, Block& block, FILE* stream) {
       --block.EVENT_NO;
       continue;
     }
-    char* p = line.data();
     *p++ = '\n';
     *p++ = 'i';
     p = put_long(p, block.I_NO);
@@ -122,10 +129,11 @@ int print_csound(Run& run, Block& block, FILE* stream) {
     p = put_fixed(p, static_cast<double>(cur->dur), dur_dec + 3, dur_dec);
     *p++ = ' ';
     for (size_t i = 0; i < columns.size(); ++i) p = put_value(p, cur->pf[i], columns[i], run.SRATE);
-    std::fwrite(line.data(), 1, static_cast<size_t>(p - line.data()), stream);
+    if (static_cast<size_t>(p - buffer.data()) >= kFlushAt) flush();
     prev = cur;
   }
-  std::fputc('\n', stream);
+  *p++ = '\n';
+  flush();
   return 1;
 }
 

@@ -51,6 +51,7 @@ void EventList::FreeNode(Event* e) {
 
 void EventList::FreeListNodes() {
   handle = nullptr;
+  any_fused = false;
   chunks_.clear();
   chunk_used_ = 0;
   chunk_size_ = 0;
@@ -71,6 +72,7 @@ int InsertBegTime(float rhythm, EventList& list, float start, float beat, int co
     last->next = node;
     if (fused_flag) {
       node->code = 1;
+      list.any_fused = true;
       node->start = last->start;
       node->beat = last->beat;
       node->dur = rhythm;
@@ -94,6 +96,7 @@ Event* CopyEvent(EventList& list, const Event* node, int count) {
   Event* e = list.GetListNode(count);
   if (!e) return nullptr;
   e->code = node->code;
+  if (e->code) list.any_fused = true;
   e->start = node->start;
   e->dur = node->dur;
   e->beat = node->beat;
@@ -120,6 +123,7 @@ int StorePfield(float value, Event*& cursor, EventList& list, int pno, int count
     if (!copy) return 0;
     copy->pf[pno - 4] = value;
     copy->code = 1;
+    list.any_fused = true;
     InsertEvent(copy, cursor, list);
     fused_flag = 0;
   }
@@ -134,6 +138,7 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
     cursor = cursor->next;
     cursor->pf[k] = S->pf[k];
     cursor->code = S->code;
+    if (S->code) list.any_fused = true;
   } else {
     Event* e = list.GetListNode(count);
     if (!e) return 0;
@@ -146,6 +151,7 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
     if (count > 3) std::memcpy(e->pf, cursor->pf, static_cast<size_t>(count - 3) * sizeof(float));
     e->pf[k] = S->pf[k];
     e->code = S->code;
+    if (S->code) list.any_fused = true;
     InsertEvent(e, cursor, list);
   }
   added = 0;
@@ -156,6 +162,7 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
     e->beat = cursor->beat;
     e->dur = cursor->dur;
     e->code = M->code;
+    list.any_fused = true;
     if (count > 3) std::memcpy(e->pf, cursor->pf, static_cast<size_t>(count - 3) * sizeof(float));
     e->pf[k] = M->pf[k];
     InsertEvent(e, cursor, list);
@@ -202,7 +209,8 @@ void GetListStats(const EventList& list, double& secs, float& beats, double& end
 }
 
 void ClearLFusedCode(EventList& list) {
-  if (!list.handle) return;
+  if (!list.handle || !list.any_fused) return;
+  list.any_fused = false;
   Event* e = list.handle;
   do {
     e->code = 0;

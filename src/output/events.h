@@ -42,6 +42,7 @@ class EventList {
 
   Event* handle = nullptr;  // the last event; null when the list is empty
   float last_dur = 0.0f;       // longest absolute rhythm of the group last inserted
+  bool any_fused = false;      // some event may have code 1 (ClearLFusedCode has work)
   size_t limit;                // most events the list may hold
 
   // A new event with room for `count` values, all 0.0; null when memory is

@@ -69,6 +69,7 @@ int remove_rests(Run& run, Block& block) {
   do {
     if (e->dur > 0.0f) {
       e->code = 1;
+      list.any_fused = true;
       prev = e;
       e = e->next;
       continue;
@@ -215,6 +216,18 @@ void WriteVarLen(uint32_t value, FILE* file) {
     else
       break;
   }
+}
+
+uint32_t PlaceNoteOffsByWalk(Run& run, EventList& list, int count) {
+  NoteTrack track(run, list, count);
+  track.place_by_walk();
+  return track.size;
+}
+
+uint32_t PlaceNoteOffsInOrder(Run& run, EventList& list, int count) {
+  NoteTrack track(run, list, count);
+  track.place_in_order();
+  return track.size;
 }
 
 int List2MIDI(Run& run, Block& block, uint32_t& size) {

@@ -1,0 +1,134 @@
+// Macro calls: "$NAME" and "$NAME(a1'a2)", replaced by the macro's body with
+// the arguments put in for "$p1", "$p2" and any nested calls expanded.
+#include <cstring>
+#include <utility>
+
+#include "base/diag.h"
+#include "input/macros.h"
+#include "input/names.h"
+
+namespace sorvel {
+
+namespace {
+
+// What one expansion from the line needs along the way.
+struct Expansion {
+  Source& src;
+  Run& run;
+};
+
+int char_in(const std::string& text, size_t i) {
+  return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+}
+
+std::string read_name(const std::string& text, size_t& i) {
+  size_t start = i;
+  if (is_alpha(char_in(text, i)))
+    while (is_name_char(char_in(text, i))) ++i;
+  return text.substr(start, i - start);
+}
+
+// Reads the arguments of a call to `macro` from `text` at `i`. Each becomes a
+// macro named after its parameter whose body is the argument's text.
+int read_call_args(const Macro& macro, const std::string& text, size_t& i,
+                   std::vector<Macro>& args) {
+  while (is_space(char_in(text, i))) ++i;
+  if (char_in(text, i) != '(') return 85;
+  ++i;
+  for (int k = 0; k < macro.nargs; ++k) {
+    bool last = k == macro.nargs - 1;
+    Macro arg;
+    arg.name = macro.args[k];
+    for (;;) {
+      int c = char_in(text, i);
+      if (c == 0) return 86;
+      ++i;
+      if (!last && (c == '\'' || c == '#')) break;
+      if (last && c == ')') break;
+      if (last && c == '\'') return 82;
+      arg.body += static_cast<char>(c);
+    }
+    int r = store_macro(std::move(arg), args);
+    if (r) return r;
+  }
+  return 0;
+}
+
+// Expands the call whose "$" is at text[pos - 1]. `args` are the arguments of
+// the enclosing call (null for a call met in the line); `depth` counts the
+// expansions this one is nested in.
+int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size_t& pos,
+           int depth) {
+  if (depth > kMaxMacroDepth || ++x.src.expansions > kMaxExpansions) return 89;
+  size_t dollar = pos - 1;
+  std::string name = read_name(text, pos);
+  const Macro* found = args ? find_macro(*args, name) : nullptr;
+  if (!found) found = find_macro(x.run.macro_list, name);
+  if (!found) {
+    Mprintf(x.run, "\n\nERROR: Line %d: There is no macro \"%s\" in your input file!\n",
+            x.src.line, name.c_str());
+    return 1000;
+  }
+  const Macro macro = *found;  // expansion works on a copy, never on the definition
+
+  std::vector<Macro> call_args;
+  if (macro.nargs > 0) {
+    int r = read_call_args(macro, text, pos, call_args);
+    if (r) return r;
+  }
+
+  std::string body = macro.body;
+  for (size_t i = 0; i < body.size();) {
+    if (body[i] != '$') {
+      ++i;
+      continue;
+    }
+    ++i;
+    int r = expand(x, &call_args, body, i, depth + 1);
+    if (r) return r;
+    if (char_in(body, i) == '$') i = skip_name(body, i);
+  }
+
+  // Splice: the text before the call, the body, the text after the call.
+  size_t end = skip_name(text, dollar);
+  size_t length = dollar + body.size() + (text.size() - end);
+  if (length > static_cast<size_t>(kMaxLineText)) return 89;
+  if (!x.run.SUPRESS)
+    Mprintf(x.run, "\n\tExpanding macro \"%s\" into line %d...", name.c_str(), x.src.line);
+  text.replace(dollar, end - dollar, body);
+  pos = dollar;
+  return 0;
+}
+
+}  // namespace
+
+size_t skip_args(const std::string& text, size_t i) {
+  int level = 0;
+  for (; i < text.size(); ++i) {
+    if (text[i] == '(') ++level;
+    if (text[i] == ')' && --level == 0) return i + 1;
+  }
+  return i;
+}
+
+size_t skip_name(const std::string& text, size_t i) {
+  ++i;  // the "$"
+  read_name(text, i);
+  if (char_in(text, i) == '(') i = skip_args(text, i);
+  return i;
+}
+
+int expand_macro(Source& src) {
+  Expansion x{src, src.run};
+  std::string text(src.buffer);
+  size_t pos = static_cast<size_t>(src.pos);
+  if (pos == 0 || pos > text.size()) return 0;  // not just after a "$" of the line
+  int r = expand(x, nullptr, text, pos, 0);
+  src.pos = static_cast<int>(pos);
+  if (r) return r;
+  std::memset(src.buffer, 0, sizeof src.buffer);
+  std::memcpy(src.buffer, text.data(), text.size());
+  return 0;
+}
+
+}  // namespace sorvel

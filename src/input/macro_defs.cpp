@@ -1,0 +1,192 @@
+// Macro statements of a g-block: #define, #undef, and the routing of #if and
+// #endif met there.
+#include <algorithm>
+#include <utility>
+
+#include "base/diag.h"
+#include "input/conditionals.h"
+#include "input/macros.h"
+#include "input/names.h"
+#include "input/preproc.h"
+
+namespace sorvel {
+
+int parse_macro(Source& src) {
+  Run& run = src.run;
+  switch (char_at(src, src.pos)) {
+    case 'd': {
+      Macro macro;
+      int r = get_macro(src, macro);
+      if (r) return r;
+      return store_macro(std::move(macro), run.macro_list);
+    }
+    case 'i':
+      return get_if(src, run.if_value);
+    case 'e':
+      if (is_endif(src.buffer, src.pos)) src.pos += 5;
+      return 0;
+    default:
+      return do_undefine(src);
+  }
+}
+
+int get_macro(Source& src, Macro& macro) {
+  int r = get_define(src);
+  if (r) return r;
+  r = get_name(src, macro.name);
+  if (r) return r;
+  if (src.cur() == '(') {
+    r = get_args(src, macro);
+    if (r) return r;
+  }
+  src.skip_blanks();
+  return get_body(src, macro.body);
+}
+
+int get_define(Source& src) {
+  // Any one of the six letters in place is enough: "#dfooo6" passes.
+  static const char kWord[] = "define";
+  bool match = false;
+  for (int k = 0; k < 6; ++k)
+    if (char_at(src, src.pos + k) == kWord[k]) match = true;
+  if (!match || !is_space(char_at(src, src.pos + 6))) return 80;
+  src.pos += 6;
+  src.skip_blanks();
+  return 0;
+}
+
+int get_name(Source& src, std::string& name) {
+  int r = src.skip_wc();
+  if (r) return r;
+  if (!is_alpha(src.cur())) return 88;
+  name.clear();
+  while (is_name_char(src.cur())) {
+    name += static_cast<char>(src.cur());
+    ++src.pos;
+    if (name.size() >= static_cast<size_t>(kMacroNameMax)) {
+      Mprintf(src.run, "\n\nERROR: Line %d: The macro name has exceeded the", src.line);
+      Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kMacroNameMax);
+      return 1000;
+    }
+  }
+  return 0;
+}
+
+int get_args(Source& src, Macro& macro) {
+  ++src.pos;  // the "("
+  for (;;) {
+    std::string name;
+    int r = get_name(src, name);
+    if (r) return r;
+    if (macro.nargs == kMaxMacroArgs) return 86;
+    macro.args.push_back(std::move(name));
+    ++macro.nargs;
+    r = src.skip_wc();
+    if (r) return r;
+    int c = src.cur();
+    if (c == '\'' || c == '#' || c == ',') ++src.pos;
+    src.skip_blanks();
+    if (src.cur() == ')') {
+      ++src.pos;
+      return 0;
+    }
+  }
+}
+
+namespace {
+
+// Adds one character to a body under construction; 1000 (message printed)
+// when the body reaches its limit.
+int add_to_body(Source& src, std::string& body, int c) {
+  body += static_cast<char>(c);
+  if (body.size() < static_cast<size_t>(kMacroBodyMax)) return 0;
+  Mprintf(src.run, "\n\nERROR: Line %d: The macro body has exceeded the", src.line);
+  Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kMacroBodyMax);
+  return 1000;
+}
+
+}  // namespace
+
+int get_body(Source& src, std::string& body) {
+  int r = src.skip_wc();
+  if (r) return r;
+  if (src.cur() != '#') return 81;
+  ++src.pos;
+  body.clear();
+  enum { kNone, kLine, kBlock } comment = kNone;
+  for (;;) {
+    int c = src.cur();
+    if (c == '\0') {
+      if (src.at_eof()) return 8;
+      if ((r = add_to_body(src, body, '\n'))) return r;
+      r = src.get_buff();
+      if (r > 0) return r;
+      if (comment == kLine) comment = kNone;
+      continue;
+    }
+    int next = char_at(src, src.pos + 1);
+    if (comment == kNone && c == '#') {
+      ++src.pos;
+      return 0;
+    }
+    if (comment == kNone && c == ';') {
+      comment = kLine;
+    } else if (comment == kNone && c == '/' && next == '*') {
+      comment = kBlock;
+      if ((r = add_to_body(src, body, c))) return r;
+      ++src.pos;
+      c = next;
+    } else if (comment == kBlock && c == '*' && next == '/') {
+      comment = kNone;
+      if ((r = add_to_body(src, body, c))) return r;
+      ++src.pos;
+      c = next;
+    }
+    if ((r = add_to_body(src, body, c))) return r;
+    ++src.pos;
+  }
+}
+
+int store_macro(Macro&& macro, std::vector<Macro>& list) {
+  if (find_macro(list, macro.name)) return 84;
+  list.push_back(std::move(macro));
+  return 0;
+}
+
+int do_undefine(Source& src) {
+  // Any one of "u", "n", "d", "e", "f" in its place passes.
+  static const char kWord[] = "undef";
+  bool match = false;
+  for (int k = 0; k < 5; ++k)
+    if (char_at(src, src.pos + k) == kWord[k]) match = true;
+  if (!match || !is_space(char_at(src, src.pos + 5))) return 80;
+  src.pos += 5;
+  src.skip_blanks();
+  std::string name;
+  while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
+  std::vector<Macro>& list = src.run.macro_list;
+  if (list.empty()) return 91;
+  auto it = std::find_if(list.rbegin(), list.rend(),
+                         [&](const Macro& m) { return m.name == name; });
+  if (it == list.rend()) {
+    Mprintf(src.run, "\n\nERROR: Line %d: There is no macro \"%s\" in your input file!\n",
+            src.line, name.c_str());
+    return 1000;
+  }
+  list.erase(std::next(it).base());
+  return 0;
+}
+
+const Macro* find_macro(const std::vector<Macro>& list, const std::string& name) {
+  for (auto it = list.rbegin(); it != list.rend(); ++it)
+    if (it->name == name) return &*it;
+  return nullptr;
+}
+
+void print_macro(Run& run, const Macro& macro) {
+  Mprintf(run, "\n\tMACRO %s: ", macro.name.c_str());
+  for (int k = 0; k < macro.nargs; ++k) Mprintf(run, "\n\t\tARG %d: %s", k, macro.args[k].c_str());
+  Mprintf(run, "\n\tBODY: %s ", macro.body.c_str());
+}
+
+}  // namespace sorvel
