@@ -37,10 +37,16 @@
 //       The whole content of the file NAME that the run leaves behind (for
 //       example the -x expansion file), line by line.
 //
+//   ```csound PATH
+//       A Csound file shown in the document: when PATH is given, the block
+//       must equal the file PATH of the source tree (the directory above the
+//       document's own), so that a shipped file and its copy in the text
+//       cannot drift apart.
+//
 // In every comparison of lines, blanks and tabs at the end of a line are
 // ignored; everything else counts. A run that prints a warning fails unless
 // one of its messages blocks shows a warning. Other fenced blocks (sh, text,
-// csound ...) are not examples and are left alone.
+// csound without a path ...) are not examples and are left alone.
 //
 // Exit status: 0 when every example holds, 1 when one does not (or when the
 // document has no example at all), 2 when the program cannot be run.
@@ -460,6 +466,17 @@ int main(int argc, char** argv) {
         bad_layout = true;
       }
       pending_files.push_back(b);
+    } else if (b.kind == "csound" && !b.words.empty()) {
+      fs::path shipped = fs::absolute(argv[2]).parent_path().parent_path() / b.words[0];
+      std::optional<std::string> file = read_file(shipped);
+      if (!file) {
+        std::printf("line %d: cannot read %s\n", b.line, shipped.c_str());
+        bad_layout = true;
+      } else if (trimmed(split_lines(*file), false) != trimmed(b.lines, false)) {
+        std::printf("line %d: the block differs from %s\n", b.line, b.words[0].c_str());
+        show_difference(trimmed(split_lines(*file), false), trimmed(b.lines, false));
+        bad_layout = true;
+      }
     } else if (is_check(b.kind)) {
       if (examples.empty() || !pending_files.empty()) {
         std::printf("line %d: a %s block must follow a sorvel block\n", b.line, b.kind.c_str());
@@ -488,6 +505,7 @@ int main(int argc, char** argv) {
   std::error_code ec;
   fs::remove_all(work, ec);
 
+  if (bad_layout) std::printf("%s: the document has faults outside its examples (see above)\n", argv[2]);
   if (examples.empty())
     std::printf("%s: no example found\n", argv[2]);
   else if (failed)
