@@ -44,11 +44,55 @@ char* put_digits(char* p, uint64_t n, int digits) {
 
 int count_digits(uint64_t n) {
   int d = 1;
-  while (n >= 10) {
-    n /= 10;
-    ++d;
-  }
+  for (uint64_t limit = 10; n >= limit && d < 19; limit *= 10) ++d;
   return d;
+}
+
+// |v| * 10^PREC rounded half to even, for |v| = m / 2^shift with m < 2^53 and
+// shift >= 23: m * 10^PREC is exact, and so is the remainder of its division
+// by 2^shift. Small precisions stay within 64 bits.
+template <int PREC>
+uint64_t scale(uint64_t m, int shift) {
+  constexpr uint64_t kScale = kPow10[PREC];
+  if (shift >= 100) return 0;  // far below half a unit of the last decimal
+  if constexpr (PREC <= 3) {   // m * 1000 < 2^63
+    const uint64_t n = m * kScale;
+    if (shift >= 64) return shift == 64 && n > (uint64_t{1} << 63) ? 1 : 0;
+    uint64_t q = n >> shift;
+    const uint64_t rem = n - (q << shift);
+    const uint64_t half = uint64_t{1} << (shift - 1);
+    if (rem > half || (rem == half && (q & 1))) ++q;
+    return q;
+  } else {
+    const unsigned __int128 n = static_cast<unsigned __int128>(m) * kScale;
+    unsigned __int128 q = n >> shift;
+    const unsigned __int128 rem = n - (q << shift);
+    const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
+    if (rem > half || (rem == half && (q & 1))) ++q;
+    return static_cast<uint64_t>(q);
+  }
+}
+
+// Writes the number right-aligned in `width` columns.
+template <int PREC>
+char* put_scaled(char* p, bool negative, uint64_t scaled, int width) {
+  constexpr uint64_t kScale = kPow10[PREC];
+  const uint64_t whole = scaled / kScale;
+  const int whole_digits = count_digits(whole);
+  const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
+  for (int i = len; i < width; ++i) *p++ = ' ';
+  if (negative) *p++ = '-';
+  p = put_digits(p, whole, whole_digits);
+  if constexpr (PREC > 0) {
+    *p++ = '.';
+    p = put_digits(p, scaled % kScale, PREC);
+  }
+  return p;
+}
+
+template <int PREC>
+char* put_exact(char* p, bool negative, uint64_t m, int shift, int width) {
+  return put_scaled<PREC>(p, negative, m ? scale<PREC>(m, shift) : 0, width);
 }
 
 // "%.*f" for a finite value whose magnitude is below 2^30 and a precision up
@@ -61,33 +105,24 @@ char* put_fixed_exact(char* p, double v, int width, int prec) {
   std::memcpy(&bits, &v, sizeof bits);
   const bool negative = bits >> 63;
   const int exponent = static_cast<int>(bits >> 52 & 0x7FF);
-  const uint64_t fraction = bits & ((uint64_t{1} << 52) - 1);
   // Below 2^30 (a biased exponent under 1023 + 30), |v| * 10^9 fits 64 bits.
-  if (exponent >= 1023 + 30 || prec < 0 || prec > 9) return nullptr;
-  uint64_t scaled = 0;  // |v| * 10^prec, rounded
-  if (exponent != 0) {  // subnormals are far below half a unit of any decimal
-    const uint64_t m = fraction | (uint64_t{1} << 52);
-    const int shift = 1075 - exponent;  // |v| = m / 2^shift, shift >= 23
-    if (shift < 100) {
-      const unsigned __int128 n = static_cast<unsigned __int128>(m) * kPow10[prec];
-      unsigned __int128 q = n >> shift;
-      const unsigned __int128 rem = n - (q << shift);
-      const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
-      if (rem > half || (rem == half && (q & 1))) ++q;
-      scaled = static_cast<uint64_t>(q);
-    }
+  if (exponent >= 1023 + 30) return nullptr;
+  // Subnormals (exponent 0) are far below half a unit of any decimal.
+  const uint64_t m = exponent ? (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52) : 0;
+  const int shift = 1075 - exponent;  // |v| = m / 2^shift, shift >= 23
+  switch (prec) {
+    case 0: return put_exact<0>(p, negative, m, shift, width);
+    case 1: return put_exact<1>(p, negative, m, shift, width);
+    case 2: return put_exact<2>(p, negative, m, shift, width);
+    case 3: return put_exact<3>(p, negative, m, shift, width);
+    case 4: return put_exact<4>(p, negative, m, shift, width);
+    case 5: return put_exact<5>(p, negative, m, shift, width);
+    case 6: return put_exact<6>(p, negative, m, shift, width);
+    case 7: return put_exact<7>(p, negative, m, shift, width);
+    case 8: return put_exact<8>(p, negative, m, shift, width);
+    case 9: return put_exact<9>(p, negative, m, shift, width);
+    default: return nullptr;
   }
-  const uint64_t whole = scaled / kPow10[prec];
-  const int whole_digits = count_digits(whole);
-  const int len = negative + whole_digits + (prec > 0 ? prec + 1 : 0);
-  for (int i = len; i < width; ++i) *p++ = ' ';
-  if (negative) *p++ = '-';
-  p = put_digits(p, whole, whole_digits);
-  if (prec > 0) {
-    *p++ = '.';
-    p = put_digits(p, scaled % kPow10[prec], prec);
-  }
-  return p;
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "ddf/readers.h"
 #include "global/tempo.h"
 #include "input/commands.h"
+#include "pfield/store.h"
 #include "pfield/timing.h"
 
 namespace sorvel {
@@ -270,15 +271,10 @@ int do_DDF(Ctx& c, int type, DataList& d) {
     if ((r = p.value(k, index, value))) return r;
     if (pf.IN_TYPE == CMD_IN) value = RoundF(value);
     pf.LAST_VAL = value;
-    if (pf.P_NO == 3) {
+    if (pf.P_NO == 3)
       store_p3(c, d, value);
-    } else {
-      const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
-      if (!StorePfield(v, d.cursor, b.note_list, pf.P_NO, b.MAX_PFIELDS, pf.IS_FUSED, pf.LUT,
-                       run.PFACTOR))
-        return 32;
-      pf.WROTE_DATA = 1;
-    }
+    else if ((r = store_in_event(c, d, value)))
+      return r;
     if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
     ++b.EVENT_NO;
   }

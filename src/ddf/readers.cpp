@@ -12,13 +12,16 @@ namespace sorvel {
 
 namespace {
 
-// Reads alternatives until ")": each begins with its weight (error 38 when
-// none can be read), then `body` reads the rest into the new record.
+// Reads the head, then alternatives until ")": each begins with its weight
+// (error 38 when none can be read), then `body` reads the rest into the new
+// record.
 template <class Body>
 int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
   Source& src = c.src;
+  int r = get_dynfunc_dur(c, a.dur);
+  if (r) return r;
   for (;;) {
-    int r = src.skip_wc();
+    r = src.skip_wc();
     if (r) return r;
     float weight;
     if (!src.get_f(weight)) return 38;
@@ -166,8 +169,6 @@ int get_dynfunc_dur(Ctx& c, float& dur) {
 }
 
 int get_RA_data(Ctx& c, DdfArgs& a) {
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     float code, low, high;
     int e = get_range(c, code, low, high);
@@ -180,8 +181,6 @@ int get_RA_data(Ctx& c, DdfArgs& a) {
 
 int get_RW_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     int e;
     if (src.cur() == '[') {
@@ -208,8 +207,6 @@ int get_RW_data(Ctx& c, DdfArgs& a) {
 
 int get_MO_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     float curve, value;
     int e = get_curve_type(src, curve, value, a.dur > 0.0f);
@@ -227,8 +224,6 @@ int get_MO_data(Ctx& c, DdfArgs& a) {
 
 int get_SE_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     int mode, count;
     int e = get_mode_mark(src, mode);
@@ -242,8 +237,6 @@ int get_SE_data(Ctx& c, DdfArgs& a) {
 
 int get_MS_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     float curve, value;
     int e = get_curve_type(src, curve, value, a.dur > 0.0f);

@@ -7,6 +7,7 @@
 #include "ddf/engine.h"
 #include "ddf/readers.h"
 #include "input/commands.h"
+#include "pfield/store.h"
 #include "pfield/timing.h"
 #include "pfield/values.h"
 
@@ -115,11 +116,7 @@ int do_S2(Ctx& c, DataList& d) {
           ++b.EVENT_NO;
         }
       }
-      const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
-      if (!StorePfield(v, d.cursor, b.note_list, pf.P_NO, b.MAX_PFIELDS, pf.IS_FUSED, pf.LUT,
-                       run.PFACTOR))
-        return 32;
-      pf.WROTE_DATA = 1;
+      if ((r = store_in_event(c, d, value))) return r;
       if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
     }
     // Only LAST_VAL is rounded in integer input; the stored values are not.

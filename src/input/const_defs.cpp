@@ -22,17 +22,7 @@ int get_var(Source& src) {
   return store_var(std::move(constant), src.run.var_list);
 }
 
-int get_vdefine(Source& src) {
-  // Any one of the five letters in place is enough.
-  static const char kWord[] = "const";
-  bool match = false;
-  for (int k = 0; k < 5; ++k)
-    if (char_at(src, src.pos + k) == kWord[k]) match = true;
-  if (!match || !is_space(char_at(src, src.pos + 5))) return 80;
-  src.pos += 5;
-  src.skip_blanks();
-  return 0;
-}
+int get_vdefine(Source& src) { return loose_keyword(src, "const", 5); }
 
 int get_vdata(Source& src, Constant& constant) {
   int r = src.skip_wc();

@@ -43,17 +43,7 @@ int get_macro(Source& src, Macro& macro) {
   return get_body(src, macro.body);
 }
 
-int get_define(Source& src) {
-  // Any one of the six letters in place is enough: "#dfooo6" passes.
-  static const char kWord[] = "define";
-  bool match = false;
-  for (int k = 0; k < 6; ++k)
-    if (char_at(src, src.pos + k) == kWord[k]) match = true;
-  if (!match || !is_space(char_at(src, src.pos + 6))) return 80;
-  src.pos += 6;
-  src.skip_blanks();
-  return 0;
-}
+int get_define(Source& src) { return loose_keyword(src, "define", 6); }
 
 int get_name(Source& src, std::string& name) {
   int r = src.skip_wc();

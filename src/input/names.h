@@ -19,4 +19,18 @@ inline int char_at(const Source& src, int i) {
   return i >= 0 && i < kLineSize ? src.buffer[i] : 0;
 }
 
+// The loose keyword test of "#define" and "#const": the word's letters are
+// compared in place from the position and any one match is enough ("#dfooo6"
+// passes for "define"); white space must follow them. Steps over the word and
+// the blanks after it; 80 when the test fails.
+inline int loose_keyword(Source& src, const char* word, int length) {
+  bool match = false;
+  for (int k = 0; k < length; ++k)
+    if (char_at(src, src.pos + k) == word[k]) match = true;
+  if (!match || !is_space(char_at(src, src.pos + length))) return 80;
+  src.pos += length;
+  src.skip_blanks();
+  return 0;
+}
+
 }  // namespace sorvel

@@ -191,45 +191,37 @@ int Source::get_uli(unsigned& value) {
   return 1;
 }
 
-int Source::get_f(float& value) {
-  skip_blanks();
+namespace {
+
+// The real-number scanner in the precision of T: an optional sign, digits,
+// and after a "." more digits over a 32-bit integer divisor (which wraps past
+// nine decimals). A minus sign flips the sign bit, so "-0" is negative zero.
+template <class T>
+int read_real(const char* buffer, int& pos, T& value) {
+  while (is_space(buffer[pos])) ++pos;
   bool neg = false;
   if (buffer[pos] == '-' || buffer[pos] == '+') neg = buffer[pos++] == '-';
   if (!is_digit(buffer[pos]) && buffer[pos] != '.') return 0;
-  float v = 0.0f;
-  while (is_digit(buffer[pos])) v = v * 10.0f + static_cast<float>(buffer[pos++] - '0');
+  T v = 0;
+  while (is_digit(buffer[pos])) v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
   if (buffer[pos] == '.') {
     ++pos;
-    uint32_t divisor = 1;  // a 32-bit integer: it wraps past nine decimals
+    uint32_t divisor = 1;
     while (is_digit(buffer[pos])) {
-      v = v * 10.0f + static_cast<float>(buffer[pos++] - '0');
+      v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
       divisor *= 10u;
     }
-    v = v / static_cast<float>(static_cast<int32_t>(divisor));
+    v = v / static_cast<T>(static_cast<int32_t>(divisor));
   }
   value = neg ? -v : v;
   return 1;
 }
 
-int Source::get_df(double& value) {
-  skip_blanks();
-  bool neg = false;
-  if (buffer[pos] == '-' || buffer[pos] == '+') neg = buffer[pos++] == '-';
-  if (!is_digit(buffer[pos]) && buffer[pos] != '.') return 0;
-  double v = 0.0;
-  while (is_digit(buffer[pos])) v = v * 10.0 + static_cast<double>(buffer[pos++] - '0');
-  if (buffer[pos] == '.') {
-    ++pos;
-    uint32_t divisor = 1;
-    while (is_digit(buffer[pos])) {
-      v = v * 10.0 + static_cast<double>(buffer[pos++] - '0');
-      divisor *= 10u;
-    }
-    v = v / static_cast<double>(static_cast<int32_t>(divisor));
-  }
-  value = neg ? -v : v;
-  return 1;
-}
+}  // namespace
+
+int Source::get_f(float& value) { return read_real(buffer, pos, value); }
+
+int Source::get_df(double& value) { return read_real(buffer, pos, value); }
 
 int is_separator(int c) {
   return is_space(c) || c == '/' || c == ',' || c == '\'' || c == ':';

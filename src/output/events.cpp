@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -22,14 +23,18 @@ size_t node_bytes(int count) {
 
 }  // namespace
 
+void EventList::FreeChunk::operator()(unsigned char* p) const { std::free(p); }
+
 Event* EventList::GetListNode(int count) {
   if (live_ >= limit) return nullptr;
   size_t bytes = node_bytes(count);
   if (chunks_.empty() || chunk_used_ + bytes > chunk_size_) {
     size_t size = chunk_size_ == 0 ? kFirstChunk : std::min(chunk_size_ * 2, kLargestChunk);
     if (size < bytes) size = bytes;
+    std::unique_ptr<unsigned char, FreeChunk> chunk(static_cast<unsigned char*>(std::calloc(size, 1)));
+    if (!chunk) return nullptr;
     try {
-      chunks_.push_back(std::unique_ptr<unsigned char[]>(new unsigned char[size]));
+      chunks_.push_back(std::move(chunk));
     } catch (const std::bad_alloc&) {
       return nullptr;
     }
@@ -41,7 +46,6 @@ Event* EventList::GetListNode(int count) {
   ++live_;
   Event* e = new (p) Event;
   e->pf = reinterpret_cast<float*>(p + sizeof(Event));
-  if (count > 0) std::memset(e->pf, 0, static_cast<size_t>(count) * sizeof(float));
   return e;
 }
 

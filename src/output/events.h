@@ -56,7 +56,12 @@ class EventList {
   size_t size() const { return live_; }
 
  private:
-  std::vector<std::unique_ptr<unsigned char[]>> chunks_;
+  struct FreeChunk {
+    void operator()(unsigned char* p) const;
+  };
+  // Chunks come zeroed from the system and are never reused within a block,
+  // so every new event's values start at 0.0 without further work.
+  std::vector<std::unique_ptr<unsigned char, FreeChunk>> chunks_;
   size_t chunk_used_ = 0;
   size_t chunk_size_ = 0;
   size_t live_ = 0;

@@ -26,6 +26,13 @@ int store_value(Ctx& c, DataList& d, float value) {
   }
   // A negative pitch is a rest: the event that receives it falls silent.
   if (p.IN_TYPE == CMD_NO && value < 0.0f) d.cursor->next->dur = -d.cursor->next->dur;
+  return store_in_event(c, d, value);
+}
+
+int store_in_event(Ctx& c, DataList& d, float value) {
+  Run& run = c.run;
+  Block& b = c.block;
+  Pfield& p = c.pfield;
   const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
   if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
                    run.PFACTOR))

@@ -13,6 +13,11 @@ namespace sorvel {
 // chord member when IS_FUSED. Does not count the event. Returns 0 or an error.
 int store_value(Ctx& c, DataList& d, float value);
 
+// Stores a value of p4 or later in the event after the cursor, or in a new
+// chord member when IS_FUSED, after random deviation and pitch rounding.
+// Returns 0 or error 32.
+int store_in_event(Ctx& c, DataList& d, float value);
+
 // One repetition of the last value (or, in p4 and later, of the last chord),
 // counted in EVENT_NO; inside a loop the queue's last group is repeated too.
 // The caller checks that the block has room first.

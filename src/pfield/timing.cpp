@@ -8,12 +8,6 @@
 
 namespace sorvel {
 
-int out_of_time(const Ctx& c) {
-  const Block& b = c.block;
-  if (b.EVENTS != 0) return static_cast<unsigned>(b.EVENT_NO) >= b.EVENTS ? 1 : 0;
-  return c.pfield.CBEATS >= b.ETIME + b.SBEAT ? 1 : 0;
-}
-
 float extract_p3val(float value, int& code) {
   float a = std::fabs(value);
   float base;
@@ -69,18 +63,6 @@ void store_p3(Ctx& c, DataList& d, float value) {
   }
   e->dur = dur * run.PFACTOR;
   c.pfield.WROTE_DATA = 1;
-}
-
-float add_rdev(Run& run, float value, float deviation) {
-  const float w = value * deviation;
-  const float r = static_cast<float>(run.rng.rand());
-  return value - 0.5f * w + r * (w * 4.656613e-10f);
-}
-
-float adjust(const Ctx& c, float value) {
-  const Pfield& p = c.pfield;
-  if ((p.IN_TYPE == CMD_NO || p.IN_TYPE == CMD_OP) && p.NX == 0) return RoundF(value);
-  return value;
 }
 
 void warn(Ctx& c, int number) {
