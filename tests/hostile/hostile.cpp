@@ -158,5 +158,125 @@ TEST_F(Hostile, TooManyPfields) {
             "        ^\n");
 }
 
+// --- the preprocessors: macros, include files, conditional sections, constants
+
+const std::string kTooBig = "Macro body exceeds maximum size.";
+
+std::string read_back(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST_F(Hostile, MacrosThatCallThemselves) {
+  run("#define R #$R#\n$R\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: Line 2: " + kTooBig + "\n$R \n  ^\n");
+  run("#define A #x$B#\n#define B #y$A#\n $A\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: Line 3: " + kTooBig + "\n $A \n   ^\n");
+  // An empty macro in front of the recursive call leaves "$R" unexpanded in
+  // the body, so each expansion is only two deep; the line is scanned again
+  // and again until the count of expansions for the line (10,000) runs out,
+  // on the 5001st call of R.
+  run("#define E ##\n#define R #$E$R#\n $R\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: Line 3: " + kTooBig + "\n $R \n  ^\n");
+}
+
+TEST_F(Hostile, MacrosThatGrowWithoutBound) {
+  // Each macro doubles the one before: M10 would hold 2048 characters.
+  std::string defs = "#define M0 #ab#\n";
+  for (int k = 1; k <= 20; ++k)
+    defs += "#define M" + std::to_string(k) + " #$M" + std::to_string(k - 1) + "$M" +
+            std::to_string(k - 1) + "#\n";
+  run(defs + "$M20\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: Line 22: " + kTooBig + "\n$M20 \n    ^\n");
+  // Empty macros fanning out ten-fold, nine levels deep: a billion expansions
+  // that add nothing to the line, stopped at 10,000.
+  defs = "#define E0 ##\n";
+  for (int k = 1; k <= 9; ++k)
+    defs += "#define E" + std::to_string(k) + " #" + repeat("$E" + std::to_string(k - 1), 10) + "#\n";
+  run(defs + "$E9\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: Line 11: " + kTooBig + "\n$E9 \n   ^\n");
+}
+
+TEST_F(Hostile, MacroDefinitionsLeftOpen) {
+  run("#define A #x\ny\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: EOF reached: missing macro body end (#).\n\n");
+  // Line 1 gives the body a blank and a newline, each "y" line three more
+  // characters: the 2048th is the newline after the "y" on line 683.
+  run("#define A #\n" + repeat("y\n", 5000));
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(),
+            "ERROR: Line 683: The macro body has exceeded the maximum number\n"
+            "of characters allowed (2048).\ny \n  \n");
+}
+
+TEST_F(Hostile, AFileThatIncludesItself) {
+  run("#include |in.sor|\ni1 = 3 0 1 { p2 1 p3 1 }\n");
+  EXPECT_EQ(status, 1);
+  const std::string opening = "\n\tOpening include file \"in.sor\"...";
+  const std::string tail = repeat(opening, 12) + "\n\nToo many embedded include files! (Max = 12)\n";
+  ASSERT_GE(screen.size(), tail.size());
+  EXPECT_EQ(screen.substr(screen.size() - tail.size()), tail);
+}
+
+TEST_F(Hostile, ConditionalsNestedTenThousandDeep) {
+  const std::string block = "i1 = 3 0 1 { p2 1 p3 1 }\n";
+  run(repeat("#if(1)\n", 10000) + repeat("#endif\n", 10000) + block);
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_NE(screen.find("1 events generated in block #1 (i1)."), std::string::npos);
+  run("#if(0)\n" + repeat("#if(1)\n", 10000) + repeat("#endif\n", 10001) + block);
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_NE(screen.find("1 events generated in block #1 (i1)."), std::string::npos);
+  // Left open: a false section at the end of the input, or true ones.
+  run("#if(0)\n" + repeat("#if(1)\n", 10000) + repeat("#endif\n", 10000));
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error().substr(0, 33), "ERROR: Line 20001: Reached EOF. \"");
+  run(repeat("#if(1)\n", 10000) + block);
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error().substr(0, 55), "ERROR: Line 10001: \"#if\" statement: missing an \"#endif\"");
+}
+
+TEST_F(Hostile, ManyConstantsAndTheLongestEquation) {
+  std::string defs;
+  for (int k = 0; k < 20000; ++k) defs += "#const K" + std::to_string(k) + " " + std::to_string(k) + "\n";
+  run(defs + "> ~K0 ~K19999\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_EQ(read_back(dir + "/out.sco"), "\n 0.000 19999.000 \ne\n");
+  // 1021 terms and 1020 operators fill the line (2046 characters and its
+  // newline).
+  run("> ~[" + repeat("1+", 1020) + "1]\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_EQ(read_back(dir + "/out.sco"), "\n 1021.000 \ne\n");
+}
+
+TEST_F(Hostile, OddBytesInMacroBodiesAndIncludeNames) {
+  // A NUL byte ends the text of its line, "#" and all: the body never closes.
+  run(std::string("#define A #x\0y#\n$A\n", 19));
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(error(), "ERROR: EOF reached: missing macro body end (#).\n\n");
+  // A 0xFF byte reads as a blank.
+  run("#define A #1\xff" "2#\ni1 = 4 0 2 { p2 1 p3 1 p4 $A }\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_EQ(read_back(dir + "/out.sco"),
+            "\n;I-block #1 (i1):\ni1    0.000  1.000     1.000 \ni1    1.000  1.000     2.000 \n\ne\n");
+  // In an include file name a NUL byte ends the name as it is opened; a
+  // 0xFF byte is part of it.
+  run(std::string("#include |a\0b|\n", 15));
+  EXPECT_EQ(status, 1);
+  const std::string bad = "\nBad include file name: \"a\"\n\n";
+  ASSERT_GE(screen.size(), bad.size());
+  EXPECT_EQ(screen.substr(screen.size() - bad.size()), bad);
+  write("in\xff.inc", "i1 = 3 0 1 { p2 1 p3 1 }\n");
+  run("#include |in\xff.inc|\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_NE(screen.find("\n\tOpening include file \"in\xff.inc\"..."), std::string::npos);
+  EXPECT_NE(screen.find("1 events generated in block #1 (i1)."), std::string::npos);
+}
+
 }  // namespace
 }  // namespace sorvel
