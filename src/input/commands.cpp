@@ -146,11 +146,5 @@ int is_input_code(int code) {
   }
 }
 
-int is_itoken(int c) {
-  c = to_lower(c);
-  return c != '\0' && std::strchr("$dehimnoprsz{}~", c) ? 1 : 0;
-}
-
-int is_gtoken(int c) { return c != '\0' && std::strchr(">trs#", c) ? 1 : 0; }
 
 }  // namespace sorvel

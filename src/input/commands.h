@@ -33,8 +33,4 @@ int is_pfield(const char* buffer, int pos);    // "p" and a digit
 int is_out_type(const char* buffer, int pos);  // output specifiers
 int is_input_code(int code);                   // 2, 6, 10, 11, 13, 14, 15
 
-// Characters that may begin an i-block or a g-block item.
-int is_itoken(int c);
-int is_gtoken(int c);
-
 }  // namespace sorvel

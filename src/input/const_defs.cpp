@@ -67,9 +67,5 @@ int find_vname(Source& src, const Constant*& found) {
   return 1000;
 }
 
-void print_var(Run& run, const Constant& constant) {
-  Mprintf(run, "\n\tVAR %s: ", constant.name.c_str());
-  Mprintf(run, "\n\tVALUE: %f ", constant.value);
-}
 
 }  // namespace sorvel

@@ -29,8 +29,6 @@ const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
 // Reads the name at the position and finds it: 1, or 1000 with the message
 // printed when there is no such constant.
 int find_vname(Source& src, const Constant*& found);
-// A listing of one constant, for debugging.
-void print_var(Run& run, const Constant& constant);
 
 // --- references (const_refs.cpp) ---
 

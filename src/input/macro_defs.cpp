@@ -176,10 +176,5 @@ const Macro* find_macro(const std::unordered_map<std::string, Macro>& list,
   return it == list.end() ? nullptr : &it->second;
 }
 
-void print_macro(Run& run, const Macro& macro) {
-  Mprintf(run, "\n\tMACRO %s: ", macro.name.c_str());
-  for (int k = 0; k < macro.nargs; ++k) Mprintf(run, "\n\t\tARG %d: %s", k, macro.args[k].c_str());
-  Mprintf(run, "\n\tBODY: %s ", macro.body.c_str());
-}
 
 }  // namespace sorvel

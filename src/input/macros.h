@@ -40,8 +40,6 @@ int do_undefine(Source& src);
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name);
 const Macro* find_macro(const std::unordered_map<std::string, Macro>& list,
                         const std::string& name);
-// A listing of one definition, for debugging.
-void print_macro(Run& run, const Macro& macro);
 
 // --- calls (macro_calls.cpp) ---
 
