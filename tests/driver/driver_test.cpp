@@ -1,5 +1,6 @@
 // Whole runs in-process: the command line, the file checks and opening order,
-// the banner and the totals, and that no temporary file outlives a run.
+// and that no temporary file outlives a run (each test checks its own
+// temporary directory at the end).
 #include "driver/run.h"
 
 #include <gtest/gtest.h>
@@ -118,121 +119,63 @@ class Driver : public ::testing::Test {
   }
 };
 
-TEST_F(Driver, NoArgumentsPrintsUsage) {
-  Result r = run({});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.screen, kUsage);
-  EXPECT_EQ(r.console, "");
-}
-
-TEST_F(Driver, UnknownOptionsPrintUsage) {
+TEST_F(Driver, CommandLinesThatPrintTheUsage) {
   write("a.sor", "");
-  for (const char* opt : {"-n", "-a", "-z", "-L", "-", "-k", "-y"}) {
-    SCOPED_TRACE(opt);
-    expect_refused({opt, path("a.sor"), path("out.sco")}, kUsage);
-  }
-}
+  const std::string in = path("a.sor"), out = path("out.sco");
+  const std::vector<std::vector<std::string>> lines = {
+      {},
+      {"-a", in, out},  {"-L", in, out},      {"-", in, out},  // unknown options
+      {in},             {in, out, path("b")}, {in, out, "-s"},  // not exactly two names last
+      {"-s", "-t"},
+  };
+  for (const auto& args : lines) expect_refused(args, kUsage);
 
-TEST_F(Driver, ExactlyTwoFileNamesAfterTheOptions) {
-  write("a.sor", "");
-  expect_refused({path("a.sor")}, kUsage);
-  expect_refused({path("a.sor"), path("out.sco"), path("b.sco")}, kUsage);
-  expect_refused({path("a.sor"), path("out.sco"), "-s"}, kUsage);
-  expect_refused({"-s", "-t"}, kUsage);
-}
-
-TEST_F(Driver, NameMissingAfterLogOrExpansionOption) {
   const std::string no_log = "\nError: No logfile name\n\n";
   const std::string no_exp = "\nError: No macro-expansion file name\n\n";
-  write("a.sor", "");
   expect_refused({"-l"}, "", no_log);
-  expect_refused({"-l", "-m", path("a.sor"), path("out.sco")}, "", no_log);
   expect_refused({"-x"}, "", no_exp);
-  expect_refused({"-x", "-s", path("a.sor"), path("out.sco")}, "", no_exp);
+  expect_refused({"-x", "-s", in, out}, "", no_exp);
 }
 
-TEST_F(Driver, EmptyInputGivesAnEmptyScore) {
-  write("a.sor", "");
-  Result r = run({path("a.sor"), path("out.sco")});
-  EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.screen, info(path("a.sor"), path("out.sco")) + kNoData + kNoTime + "\n");
-  EXPECT_EQ(r.console, "");
-  EXPECT_EQ(read("out.sco"), "\ne\n");
-  EXPECT_EQ(read("a.sor"), "");
-}
-
-TEST_F(Driver, CommentsOnlyAndFlagsThatChangeNothingHere) {
-  // -s does not silence the summary or the totals; -t has no tempo to show.
-  write("a.sor", "; nothing but a comment\n/* and\n   another */\n");
-  for (const char* opt : {"-s", "-t", "-sq", "-tz"}) {
-    SCOPED_TRACE(opt);
-    Result r = run({opt, path("a.sor"), path("out.sco")});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.screen, info(path("a.sor"), path("out.sco")) + kNoData + kNoTime + "\n");
-    EXPECT_EQ(read("out.sco"), "\ne\n");
-  }
-}
-
-TEST_F(Driver, LettersAfterAnOptionAreIgnored) {
+TEST_F(Driver, OptionLettersAndJoinedNames) {
   // "-mx" is "-m": a MIDI file, and no expansion file name is looked for.
-  write("a.sor", "");
+  write("a.sor", "; one line\n");
   Result r = run({"-mx", path("a.sor"), path("out.mid")});
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.screen,
             info(path("a.sor"), path("out.mid"), nullptr, nullptr, true) + kNoData + kNoTime + "\n");
   EXPECT_EQ(read("out.mid"), "");  // nothing written, and no score end
-}
 
-TEST_F(Driver, LogNameJoinedOrSeparate) {
-  write("a.sor", "; one line\n");
+  // A log name joined to its option; the last newline comes after the log
+  // is closed: screen only.
   const std::string log = path("run.log");
   const std::string expected = info(path("a.sor"), path("out.sco"), log.c_str()) + kNoData + kNoTime;
-  for (bool joined : {true, false}) {
-    SCOPED_TRACE(joined ? "joined" : "separate");
-    fs::remove(log);
-    Result r = joined ? run({"-l" + log, path("a.sor"), path("out.sco")})
-                      : run({"-l", log, path("a.sor"), path("out.sco")});
-    EXPECT_EQ(r.status, 0);
-    // The last newline comes after the log is closed: screen only.
-    EXPECT_EQ(r.screen, expected + "\n");
-    EXPECT_EQ(read("run.log"), expected);
-    EXPECT_EQ(read("out.sco"), "\ne\n");
-  }
-}
-
-TEST_F(Driver, ExpansionFileGetsEveryLine) {
-  write("a.sor", "; one\n\n; three");
-  const std::string log = path("run.log"), exp = path("run.x");
-  Result r = run({"-x" + exp, "-l", log, path("a.sor"), path("out.sco")});
+  r = run({"-l" + log, path("a.sor"), path("out.sco")});
   EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.screen,
-            info(path("a.sor"), path("out.sco"), log.c_str(), exp.c_str()) + kNoData + kNoTime + "\n");
-  EXPECT_EQ(read("run.x"), "; one \n \n; three\n");
+  EXPECT_EQ(r.screen, expected + "\n");
+  EXPECT_EQ(read("run.log"), expected);
+  EXPECT_EQ(read("out.sco"), "\ne\n");
 }
 
-TEST_F(Driver, SameNameTwiceIsRefusedBeforeAnythingIsOpened) {
+TEST_F(Driver, OneFileForTwoPurposesIsRefusedBeforeAnythingIsOpened) {
   const std::string in = path("a.sor"), out = path("out.sco"), other = path("b.txt");
   write("a.sor", "; keep me\n");
-  expect_refused({in, in}, kDuplicate);
-  expect_refused({"-l", in, in, out}, kDuplicate);
-  expect_refused({"-l" + out, in, out}, kDuplicate);
-  expect_refused({"-x", in, in, out}, kDuplicate);
-  expect_refused({"-x", out, in, out}, kDuplicate);
-  expect_refused({"-l", other, "-x", other, in, out}, kDuplicate);
-  EXPECT_FALSE(fs::exists(other));
-  EXPECT_EQ(read("a.sor"), "; keep me\n");
-}
-
-TEST_F(Driver, TwoNamesOfOneFileAreRefused) {
-  const std::string in = path("a.sor"), out = path("out.sco");
-  write("a.sor", "; keep me\n");
-  expect_refused({in, dir + "/./a.sor"}, kDuplicate);
-  expect_refused({"-l", dir + "/../" + fs::path(dir).filename().string() + "/a.sor", in, out},
-                 kDuplicate);
   ASSERT_EQ(link(in.c_str(), path("hard.sor").c_str()), 0);
-  expect_refused({path("hard.sor"), in}, kDuplicate);
   fs::create_symlink(in, path("soft.sor"));
-  expect_refused({"-x", path("soft.sor"), in, out}, kDuplicate);
+  const std::vector<std::vector<std::string>> lines = {
+      {"-l", in, in, out},
+      {"-l" + out, in, out},
+      {"-x", in, in, out},
+      {"-x", out, in, out},
+      {"-l", other, "-x", other, in, out},
+      // Two names of one existing file.
+      {in, dir + "/./a.sor"},
+      {"-l", dir + "/../" + fs::path(dir).filename().string() + "/a.sor", in, out},
+      {path("hard.sor"), in},
+      {"-x", path("soft.sor"), in, out},
+  };
+  for (const auto& args : lines) expect_refused(args, kDuplicate);
+  EXPECT_FALSE(fs::exists(other));
   EXPECT_EQ(read("a.sor"), "; keep me\n");
 }
 
@@ -240,22 +183,14 @@ TEST_F(Driver, FilesThatCannotBeOpened) {
   write("a.sor", "");
   const std::string in = path("a.sor"), out = path("out.sco");
   const std::string nowhere = path("no/such/dir");
-  expect_refused({path("missing.sor"), out},
-                 "\nERROR: Can't open \"" + path("missing.sor") + "\".\n\n");
   expect_refused({in, nowhere + ".sco"}, "\nERROR: Can't open \"" + nowhere + ".sco\".\n\n");
-
   // Later opens fail after the output was made; nothing else may stay behind.
-  Result x = run({"-x", nowhere + ".x", in, out});
-  EXPECT_EQ(x.status, 1);
-  EXPECT_EQ(x.screen, "\nERROR: Can't open \"" + nowhere + ".x\".\n\n");
-  Result l = run({"-l", nowhere + ".log", in, out});
-  EXPECT_EQ(l.status, 1);
-  EXPECT_EQ(l.screen, "\nERROR: Can't open \"" + nowhere + ".log\".\n\n");
-}
-
-TEST_F(Driver, TemporaryFileCannotBeMade) {
-  write("a.sor", "");
-  Result r = run({path("a.sor"), path("out.sco")}, path("missing-dir"));
+  for (const char* opt : {"-x", "-l"}) {
+    Result r = run({opt, nowhere + ".f", in, out});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.screen, "\nERROR: Can't open \"" + nowhere + ".f\".\n\n");
+  }
+  Result r = run({in, out}, path("missing-dir"));
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.screen, "\nERROR: Can't open temporary file\n\n");
 }
