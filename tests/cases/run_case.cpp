@@ -34,26 +34,15 @@
 #include <string>
 #include <vector>
 
+#include "support/program.h"
+
 namespace fs = std::filesystem;
+using sorvel::testing::read_file;
+using sorvel::testing::read_stream;
+using sorvel::testing::run_in;
+using sorvel::testing::split_words;
 
 namespace {
-
-std::optional<std::string> read_file(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-std::string read_stream(FILE* f) {
-  std::string out;
-  std::rewind(f);
-  char buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
-  return out;
-}
 
 // One line made readable: control characters and bytes above 126 escaped.
 std::string visible(const std::string& line) {
@@ -146,53 +135,9 @@ bool same(const std::string& what, const std::string& want, const std::string& g
   return false;
 }
 
-std::vector<std::string> split_words(const std::string& text) {
-  std::istringstream in(text);
-  std::vector<std::string> words;
-  std::string w;
-  while (in >> w) words.push_back(w);
-  return words;
-}
-
 bool is_result_file(const fs::path& file, const std::set<std::string>& results) {
   static const std::set<std::string> kinds = {".err", ".status", ".stdout", ".args"};
   return kinds.count(file.extension().string()) || results.count(file.filename().string());
-}
-
-// Runs the program in `dir`, its standard streams captured. Returns the
-// wait status, or -1 when it could not be started.
-int run_in(const fs::path& program, const std::vector<std::string>& args, const fs::path& dir,
-           std::string& out, std::string& err) {
-  FILE* fout = std::tmpfile();
-  FILE* ferr = std::tmpfile();
-  if (!fout || !ferr) return -1;
-  std::fflush(stdout);
-  pid_t pid = fork();
-  if (pid < 0) return -1;
-  if (pid == 0) {
-    int null_in = open("/dev/null", O_RDONLY);
-    if (chdir(dir.c_str()) != 0 || null_in < 0) _exit(126);
-    dup2(null_in, 0);
-    dup2(fileno(fout), 1);
-    dup2(fileno(ferr), 2);
-    std::vector<char*> argv;
-    std::string name = "sorvel";
-    argv.push_back(name.data());
-    std::vector<std::string> copy = args;
-    for (std::string& a : copy) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) return -1;
-  }
-  out = read_stream(fout);
-  err = read_stream(ferr);
-  std::fclose(fout);
-  std::fclose(ferr);
-  return status;
 }
 
 int run_case(const fs::path& program, const fs::path& sor, const fs::path& work) {

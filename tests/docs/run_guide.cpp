@@ -67,7 +67,13 @@
 #include <utility>
 #include <vector>
 
+#include "support/program.h"
+
 namespace fs = std::filesystem;
+using sorvel::testing::read_file;
+using sorvel::testing::read_stream;
+using sorvel::testing::run_in;
+using sorvel::testing::split_words;
 
 namespace {
 
@@ -83,14 +89,6 @@ struct Example {
   std::vector<Block> files;   // sorvel-file blocks before it
   std::vector<Block> checks;  // score, messages, midi, file blocks after it
 };
-
-std::vector<std::string> split_words(const std::string& text) {
-  std::istringstream in(text);
-  std::vector<std::string> words;
-  std::string w;
-  while (in >> w) words.push_back(w);
-  return words;
-}
 
 std::string rstrip(std::string s) {
   while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.pop_back();
@@ -110,23 +108,6 @@ std::vector<std::string> split_lines(const std::string& text) {
     start = nl + 1;
   }
   return lines;
-}
-
-std::optional<std::string> read_file(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-std::string read_stream(FILE* f) {
-  std::string out;
-  std::rewind(f);
-  char buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
-  return out;
 }
 
 // Fenced blocks of the document, in order.
@@ -156,39 +137,6 @@ std::vector<Block> read_blocks(const std::string& text) {
 
 bool is_check(const std::string& kind) {
   return kind == "score" || kind == "messages" || kind == "midi" || kind == "file";
-}
-
-int wait_status(const fs::path& program, const std::vector<std::string>& args, const fs::path& dir,
-                std::string& out, std::string& err) {
-  FILE* fout = std::tmpfile();
-  FILE* ferr = std::tmpfile();
-  if (!fout || !ferr) return -1;
-  std::fflush(stdout);
-  pid_t pid = fork();
-  if (pid < 0) return -1;
-  if (pid == 0) {
-    int null_in = open("/dev/null", O_RDONLY);
-    if (chdir(dir.c_str()) != 0 || null_in < 0) _exit(126);
-    dup2(null_in, 0);
-    dup2(fileno(fout), 1);
-    dup2(fileno(ferr), 2);
-    std::vector<std::string> copy = args;
-    std::string name = "sorvel";
-    std::vector<char*> argv{name.data()};
-    for (std::string& a : copy) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) return -1;
-  }
-  out = read_stream(fout);
-  err = read_stream(ferr);
-  std::fclose(fout);
-  std::fclose(ferr);
-  return status;
 }
 
 // Prints expected and actual lines side by side from the first difference.
@@ -356,7 +304,7 @@ bool check_example(const fs::path& program, const Example& ex, const fs::path& d
   write("example.sor", ex.input.lines);
 
   std::string out, err;
-  int status = wait_status(program, args, dir, out, err);
+  int status = run_in(program, args, dir, out, err);
   if (status < 0 || !WIFEXITED(status) || WEXITSTATUS(status) >= 126) {
     std::printf("line %d: sorvel could not be run or did not exit normally\n", ex.input.line);
     return false;
