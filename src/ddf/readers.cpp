@@ -99,6 +99,13 @@ bool zero_bound_in_p2(const Ctx& c, const DdfArgs& a, float low, float high) {
   return c.pfield.P_NO == 2 && a.dur > 0.0f && (low == 0.0f || high == 0.0f);
 }
 
+// The curve letter of MO and MS: a beat-related move ("*") only over a span
+// of time.
+int get_move_curve(Ctx& c, const DdfArgs& a, float& curve, float& value) {
+  int e = get_curve_type(c.src, curve, value, a.dur > 0.0f);
+  return e ? e : c.src.skip_wc();
+}
+
 // SE and S2 mode marks: "*" draws without replacement, "x" never repeats at once.
 int get_mode_mark(Source& src, int& mode) {
   mode = 0;
@@ -209,9 +216,8 @@ int get_MO_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     float curve, value;
-    int e = get_curve_type(src, curve, value, a.dur > 0.0f);
+    int e = get_move_curve(c, a, curve, value);
     if (e) return e;
-    if ((e = src.skip_wc())) return e;
     float scode, slow, shigh, ecode, elow, ehigh;
     if ((e = get_range(c, scode, slow, shigh))) return e;
     if ((e = src.skip_wc())) return e;
@@ -239,9 +245,8 @@ int get_MS_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
   return read_alternatives(c, a, [&](std::vector<float>& rec) {
     float curve, value;
-    int e = get_curve_type(src, curve, value, a.dur > 0.0f);
+    int e = get_move_curve(c, a, curve, value);
     if (e) return e;
-    if ((e = src.skip_wc())) return e;
     rec.insert(rec.end(), {curve, value});
     int count_a, count_b;
     if ((e = get_set(c, rec, count_a))) return e;
