@@ -6,26 +6,29 @@ namespace sorvel {
 
 namespace {
 
-// The shaped value at fraction f (0 to 1) of the way from start to end.
-// The sine and the power are both taken whatever the curve; the sum is formed
-// in double and rounded once.
+// The shaped value at fraction f (0 to 1) of the way from start to end: the
+// power f^e for curves 1 to 3 (e = 2, 0.5, or the curve value), the quarter
+// sine for 4 and 5. The sum is formed in double and rounded once.
 float shape(double f, float start, float end, unsigned curve, double value) {
-  double e = 1.0;
-  if (curve == 1) e = 2.0;
-  else if (curve == 2) e = 0.5;
-  else if (curve == 3) e = value;
-  const double s = std::sin(f * 1.5707963267948966);
-  const double p = std::pow(f, e);
   const double d = static_cast<double>(end) - static_cast<double>(start);
   const double from = static_cast<double>(start);
   switch (curve) {
-    case 0: return static_cast<float>(from + f * d);
+    case 0:
+      return static_cast<float>(from + f * d);
     case 1:
     case 2:
-    case 3: return static_cast<float>(from + d * p);
-    case 4: return static_cast<float>(from + d * s);
-    case 5: return static_cast<float>(from + d * (f - (s - f)));
-    default: return start;
+    case 3: {
+      const double e = curve == 1 ? 2.0 : curve == 2 ? 0.5 : value;
+      return static_cast<float>(from + d * std::pow(f, e));
+    }
+    case 4:
+      return static_cast<float>(from + d * std::sin(f * 1.5707963267948966));
+    case 5: {
+      const double s = std::sin(f * 1.5707963267948966);
+      return static_cast<float>(from + d * (f - (s - f)));
+    }
+    default:
+      return start;
   }
 }
 
