@@ -6,7 +6,9 @@
 
 namespace sorvel {
 
-// Room enough for any double written with up to 20 decimals and a width up to 64.
+// Room enough for any double written with up to 20 decimals and a width up to
+// 64. Every writer below needs this much room at p (it may store a little past
+// the text it leaves there).
 constexpr int kNumTextMax = 400;
 
 // "%.*f": writes at p and returns the end (no terminating zero).
