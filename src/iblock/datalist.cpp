@@ -2,6 +2,7 @@
 
 #include "base/chars.h"
 #include "base/diag.h"
+#include "iblock/comment.h"
 #include "iblock/dispatch.h"
 #include "input/commands.h"
 #include "pfield/store.h"
@@ -31,13 +32,9 @@ int skip_rest(Ctx& c) {
       continue;
     }
     if (is_pfield(src.buffer, src.pos) || src.cur() == '}') return 0;
-    int kind;
-    if (src.is_comment(kind)) {
-      int r = src.skip_comment(kind);
-      if (r == -1) return 25;
-      if (r) return r;
-      continue;
-    }
+    bool skipped;
+    if (int r = skip_block_comment(src, skipped)) return r;
+    if (skipped) continue;
     ++src.pos;
   }
 }
@@ -173,13 +170,9 @@ int do_pfield(Ctx& c, DataList& d) {
       if (r) return r;
       continue;
     }
-    int kind;
-    if (src.is_comment(kind)) {
-      r = src.skip_comment(kind);
-      if (r == -1) return 25;
-      if (r) return r;
-      continue;
-    }
+    bool skipped;
+    if ((r = skip_block_comment(src, skipped))) return r;
+    if (skipped) continue;
     if (src.cur() == '<' || src.cur() == '>') {
       if (!set_loop(p, src.cur())) return 43;
       ++src.pos;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "global/settings.h"
+#include "iblock/comment.h"
 #include "iblock/header.h"
 #include "input/commands.h"
 #include "pfield/timing.h"
@@ -20,13 +21,9 @@ int skip_block(Source& src) {
       if (r) return r;
       continue;
     }
-    int kind;
-    if (src.is_comment(kind)) {
-      int r = src.skip_comment(kind);
-      if (r == -1) return 25;
-      if (r) return r;
-      continue;
-    }
+    bool skipped;
+    if (int r = skip_block_comment(src, skipped)) return r;
+    if (skipped) continue;
     if (src.get_c() == '}') return 0;
   }
 }
@@ -90,9 +87,7 @@ int parse_iblock(Ctx& c) {
       if ((r = read_pfield(c))) return r;
     } else if (ch == '}') {
       return end_block(c);
-    } else if (int kind; src.is_comment(kind)) {
-      r = src.skip_comment(kind);
-      if (r == -1) return 25;
+    } else if (bool skipped; (r = skip_block_comment(src, skipped)) || skipped) {
       if (r) return r;
     } else if (is_command(src.buffer, src.pos)) {
       int code;
