@@ -1,5 +1,6 @@
 #include "base/numtext.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -61,7 +62,9 @@ int count_digits(uint64_t n) {
 
 // |v| * 10^PREC rounded half to even, for |v| = m / 2^shift with m < 2^53 and
 // shift >= 23: m * 10^PREC is exact, and so is the remainder of its division
-// by 2^shift. Small precisions stay within 64 bits.
+// by 2^shift. Small precisions stay within 64 bits. The rounding step is
+// branch-free: whether it goes up is as good as random, and a mispredicted
+// branch would cost more than the rest of the number.
 template <int PREC>
 uint64_t scale(uint64_t m, int shift) {
   constexpr uint64_t kScale = kPow10[PREC];
@@ -69,31 +72,108 @@ uint64_t scale(uint64_t m, int shift) {
   if constexpr (PREC <= 3) {   // m * 1000 < 2^63
     const uint64_t n = m * kScale;
     if (shift >= 64) return shift == 64 && n > (uint64_t{1} << 63) ? 1 : 0;
-    uint64_t q = n >> shift;
+    const uint64_t q = n >> shift;
     const uint64_t rem = n - (q << shift);
     const uint64_t half = uint64_t{1} << (shift - 1);
-    if (rem > half || (rem == half && (q & 1))) ++q;
-    return q;
+    return q + ((rem > half) | ((rem == half) & q & 1));
   } else {
     const unsigned __int128 n = static_cast<unsigned __int128>(m) * kScale;
-    unsigned __int128 q = n >> shift;
+    const unsigned __int128 q = n >> shift;
     const unsigned __int128 rem = n - (q << shift);
     const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
-    if (rem > half || (rem == half && (q & 1))) ++q;
-    return static_cast<uint64_t>(q);
+    return static_cast<uint64_t>(q) + ((rem > half) | ((rem == half) & (static_cast<uint64_t>(q) & 1)));
   }
 }
+
+// The eight decimal digits of n < 10^8, leading zeros included, one per byte
+// with the most significant in the lowest byte (so that a little-endian store
+// writes them in reading order), each as a value 0 to 9. The number is split
+// into two halves of four digits, each half into pairs, each pair into digits,
+// all lanes at once with multiplications that stand in for divisions by 100
+// and 10 (exact for lanes below 10,000 and 100).
+uint64_t eight_digits(uint32_t n) {
+  const uint64_t x = (n / 10000) | (static_cast<uint64_t>(n % 10000) << 32);
+  const uint64_t hundreds = ((x * 5243) >> 19) & 0x0000007F0000007Full;
+  const uint64_t pairs = hundreds | ((x - hundreds * 100) << 16);
+  const uint64_t tens = ((pairs * 103) >> 10) & 0x000F000F000F000Full;
+  return tens | ((pairs - tens * 10) << 8);
+}
+
+constexpr uint64_t kAsciiZeros = 0x3030303030303030ull;
 
 // Writes the number right-aligned in `width` columns.
 template <int PREC>
 char* put_scaled(char* p, bool negative, uint64_t scaled, int width) {
   constexpr uint64_t kScale = kPow10[PREC];
+  if constexpr (std::endian::native == std::endian::little && PREC <= 7) {
+    if (scaled < 100000000) {
+      // The usual case: whole part and decimals together in one word of
+      // eight digits, the last PREC of them the decimals. The leading zeros
+      // are the zero bytes at its low end, all but the units digit dropped.
+      const uint64_t w = eight_digits(static_cast<uint32_t>(scaled));
+      const int zeros = std::min(w ? std::countr_zero(w) >> 3 : 8, 7 - PREC);
+      const int whole_digits = 8 - PREC - zeros;
+      const uint64_t text = w + kAsciiZeros;
+      const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
+      if (width > len) {
+        const int pad = width - len;
+        if (pad <= 16)
+          std::memcpy(p, "                ", 16);
+        else
+          std::memset(p, ' ', static_cast<size_t>(pad));
+        p += pad;
+      }
+      *p = '-';
+      p += negative;
+      const uint64_t whole_text = text >> (zeros * 8);
+      std::memcpy(p, &whole_text, 8);
+      p += whole_digits;
+      if constexpr (PREC > 0) {
+        *p++ = '.';
+        const uint64_t frac_text = text >> ((8 - PREC) * 8);
+        std::memcpy(p, &frac_text, 8);
+        p += PREC;
+      }
+      return p;
+    }
+  }
   const uint64_t whole = scaled / kScale;
+  if constexpr (std::endian::native == std::endian::little && PREC <= 8) {
+    if (whole < 100000000) {
+      // Whole part and decimals as two words of digits; the leading zeros of
+      // the whole part are the zero bytes at the low end of its word.
+      const uint64_t w = eight_digits(static_cast<uint32_t>(whole));
+      const int zeros = w ? std::countr_zero(w) >> 3 : 7;
+      const int whole_digits = 8 - zeros;
+      const uint64_t whole_text = (w + kAsciiZeros) >> (zeros * 8);
+      const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
+      if (width > len) {
+        // Blanks in one store: the caller's room (kNumTextMax and more) leaves
+        // space for sixteen of them whatever the field.
+        const int pad = width - len;
+        if (pad <= 16)
+          std::memcpy(p, "                ", 16);
+        else
+          std::memset(p, ' ', static_cast<size_t>(pad));
+        p += pad;
+      }
+      *p = '-';
+      p += negative;
+      std::memcpy(p, &whole_text, 8);
+      p += whole_digits;
+      if constexpr (PREC > 0) {
+        *p++ = '.';
+        const uint64_t f = eight_digits(static_cast<uint32_t>(scaled - whole * kScale));
+        const uint64_t frac_text = (f + kAsciiZeros) >> ((8 - PREC) * 8);
+        std::memcpy(p, &frac_text, 8);
+        p += PREC;
+      }
+      return p;
+    }
+  }
   const int whole_digits = count_digits(whole);
   const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
   if (width > len) {
-    // Blanks in one store: the caller's room (kNumTextMax and more) leaves
-    // space for sixteen of them whatever the field.
     const int pad = width - len;
     if (pad <= 16) {
       std::memcpy(p, "                ", 16);

@@ -28,7 +28,7 @@ void expect_like_printf(double v) {
   for (int prec = 0; prec <= 9; ++prec) {
     ASSERT_EQ(std::string(buf, put_fixed(buf, v, prec)), printf_text("%*.*f", 0, prec, v))
         << "value " << v << " precision " << prec;
-    for (int width : {1, 5, 7, 11})
+    for (int width : {1, 5, 7, 9, 11, 17, 20})
       ASSERT_EQ(std::string(buf, put_fixed(buf, v, width, prec)), printf_text("%*.*f", width, prec, v))
           << "value " << v << " width " << width << " precision " << prec;
   }
@@ -74,6 +74,27 @@ TEST(PutFixed, SinglePrecisionBitPatternsLikePrintf) {
     const int prec = i % 10;
     ASSERT_EQ(std::string(buf, put_fixed(buf, f, prec)), printf_text("%*.*f", 0, prec, f))
         << "value " << f << " precision " << prec;
+  }
+}
+
+// Where a number gains a digit, and where rounding carries into a new digit,
+// the writer changes how it lays out the digits.
+TEST(PutFixed, DigitCountBoundariesLikePrintf) {
+  for (int e = 0; e <= 12; ++e) {
+    const double power = std::pow(10.0, e);
+    for (int prec = 0; prec <= 9; ++prec) {
+      const double carry = power - 0.5 * std::pow(10.0, -prec);
+      for (double base : {power, carry, -power, -carry}) {
+        float f = static_cast<float>(base);
+        for (int step = 0; step < 4; ++step) f = std::nextafter(f, 0.0f);
+        for (int step = 0; step < 9; ++step, f = std::nextafter(f, 2.0f * f)) {
+          expect_like_printf(f);
+          expect_like_printf(std::nextafter(base, 0.0));
+          expect_like_printf(base);
+        }
+        if (HasFatalFailure()) return;
+      }
+    }
   }
 }
 
