@@ -19,8 +19,6 @@ float nonzero_uniform(Rng& rng) {
 
 }  // namespace
 
-float uniform(Rng& rng) { return static_cast<float>(rng.rand()) * kTwoPow31Inv; }
-
 float expone_left(Rng& rng) {
   float u = nonzero_uniform(rng);
   float v = static_cast<float>(-std::log(static_cast<double>(u)) / kLn1000);
@@ -109,7 +107,15 @@ float rwindow(Rng& rng, float width, float& position) {
   }
   for (int miss = 0; miss < kMaxWalkMisses; ++miss) {
     float u = uniform(rng);
-    if (u >= lo && u <= hi) {
+    // One test, not two: whether a draw falls below the window is as good as
+    // random, and a branch on it alone would be mispredicted again and again.
+    // u - lo >= 0 exactly when u >= lo (a difference of floats keeps its
+    // sign), likewise hi - u; the smaller of the two stands for both. A NaN
+    // bound makes both differences NaN, and the test fails as it should.
+    const float above = u - lo;
+    const float below = hi - u;
+    const float margin = below < above ? below : above;
+    if (margin >= 0.0f) {
       position = u;
       break;
     }

@@ -2,12 +2,34 @@
 // walk, and weighted choice among alternatives.
 #pragma once
 
+#include <cstdint>
+
 #include "base/rng.h"
 
 namespace sorvel {
 
 // rand() as a float times 2^-31: a value from 0 to 1.
-float uniform(Rng& rng);
+inline float uniform(Rng& rng) { return static_cast<float>(rng.rand()) * 4.656613e-10f; }
+
+// The remainder of a draw divided by a count fixed in advance, by two
+// multiplications instead of a division (exact for every draw and every
+// count from 1 up; a count below 1 acts as 1). Choosing a place in a set
+// takes one of these for every draw.
+class Modulus {
+ public:
+  explicit Modulus(int count)
+      : count_(count > 1 ? static_cast<uint32_t>(count) : 1u),
+        inverse_(~uint64_t{0} / count_ + 1) {}
+
+  int of(int draw) const {
+    const uint64_t fraction = inverse_ * static_cast<uint32_t>(draw);
+    return static_cast<int>((static_cast<unsigned __int128>(fraction) * count_) >> 64);
+  }
+
+ private:
+  uint32_t count_;
+  uint64_t inverse_;  // 2^64 / count, rounded up (wrapping to 0 for a count of 1)
+};
 
 // Unit-interval variates.
 float expone_left(Rng& rng);

@@ -20,23 +20,34 @@ namespace sorvel {
 
 void init_did(SetChoice& choice, const std::vector<int>& sizes) {
   choice.used.clear();
-  for (int s : sizes) choice.used.emplace_back(static_cast<size_t>(s > 0 ? s : 0), 0);
+  choice.place.clear();
+  for (int s : sizes) {
+    choice.used.emplace_back(static_cast<size_t>(s > 0 ? s : 0), 0);
+    choice.place.emplace_back(s);
+  }
+  choice.used_count.assign(sizes.size(), 0);
   choice.last.assign(sizes.size(), -1);
 }
 
 int get_set_element(Rng& rng, int k, int size, SetChoice& choice, int mode) {
-  auto draw = [&] { return rng.rand() % size + 1; };
-  std::vector<char>& used = choice.used[static_cast<size_t>(k)];
-  int& last = choice.last[static_cast<size_t>(k)];
+  const size_t ks = static_cast<size_t>(k);
+  const Modulus& place = choice.place[ks];
+  auto draw = [&] { return place.of(rng.rand()) + 1; };
+  std::vector<char>& used = choice.used[ks];
+  int& last = choice.last[ks];
   int i;
   switch (mode) {
     case 1: {
-      bool all = true;
-      for (char u : used) all = all && u;
-      if (all) std::fill(used.begin(), used.end(), 0);
+      // Once every element has been used, all become free again.
+      int& used_count = choice.used_count[ks];
+      if (used_count >= size) {
+        std::fill(used.begin(), used.end(), 0);
+        used_count = 0;
+      }
       do i = draw();
       while (used[static_cast<size_t>(i - 1)]);
       used[static_cast<size_t>(i - 1)] = 1;
+      ++used_count;
       return i;
     }
     case 2:

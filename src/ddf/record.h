@@ -17,6 +17,8 @@
 
 #include <vector>
 
+#include "base/random.h"
+
 namespace sorvel {
 
 constexpr int kMaxAlternatives = 128;  // alternatives, set elements, groups
@@ -33,11 +35,13 @@ struct DdfArgs {
   int n() const { return static_cast<int>(alt.size()); }
 };
 
-// The choice state of SE and S2: per alternative, a used flag per element and
-// the last choice.
+// The choice state of SE and S2: per alternative, a used flag per element, how
+// many are used, and the last choice.
 struct SetChoice {
   std::vector<std::vector<char>> used;
+  std::vector<int> used_count;  // elements marked in `used`
   std::vector<int> last;
+  std::vector<Modulus> place;  // each set's size, to turn a draw into a place
 };
 
 }  // namespace sorvel

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <vector>
 
 namespace sorvel {
 namespace {
@@ -128,6 +129,24 @@ TEST(ProbResult, DrawsOnceEvenWithoutAChoice) {
   EXPECT_EQ(prob_result(rng, nullptr, -3), 0);
   for (int i = 0; i < 3; ++i) twin.u();
   EXPECT_EQ(rng.rand(), twin.rng.rand());
+}
+
+// A place in a set comes from the draw's remainder; the multiplying form must
+// give the remainder itself for every draw and size.
+TEST(Modulus, EqualsTheRemainderOfEveryDraw) {
+  Rng rng = seeded(8);
+  std::vector<int> counts = {1, 2, 3, 5, 7, 8, 10, 12, 100, 127, 128, 1000, 65535, 2147483647};
+  for (int i = 0; i < 200; ++i) counts.push_back(1 + rng.rand() % 100000);
+  for (int count : counts) {
+    const Modulus place(count);
+    for (int draw : {0, 1, count - 1, count, count == 2147483647 ? 0 : count + 1, 2147483646, 2147483647}) {
+      ASSERT_EQ(place.of(draw), draw % count) << draw << " % " << count;
+    }
+    for (int i = 0; i < 2000; ++i) {
+      const int draw = rng.rand();
+      ASSERT_EQ(place.of(draw), draw % count) << draw << " % " << count;
+    }
+  }
 }
 
 TEST(HundredPercent, SumStrictlyWithinTheTolerance) {
