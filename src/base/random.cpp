@@ -128,20 +128,6 @@ float rand_window(Rng& rng, float low, float high, float width, float& position)
   return low + (high - low) * step;
 }
 
-// One draw comes first, whatever n is. A draw above the running total of all
-// the weights (they need not add up to one) chooses the last alternative.
-int prob_result(Rng& rng, const float* weights, int n) {
-  float r = uniform(rng);
-  if (n == 1 || n <= 0) return 0;
-  float total = weights[0];
-  if (r <= total) return 0;
-  for (int k = 1; k < n; ++k) {
-    total = total + weights[k];
-    if (r <= total) return k;
-  }
-  return n - 1;
-}
-
 int hundred_percent(const float* weights, int n) {
   float sum = 0.0f;
   for (int k = 0; k < n; ++k) sum = sum + weights[k];

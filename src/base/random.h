@@ -46,8 +46,21 @@ float mk_rval(Rng& rng, int code, float low, float high);
 float rwindow(Rng& rng, float width, float& position);
 float rand_window(Rng& rng, float low, float high, float width, float& position);
 
-// A random index into n weights, chosen by weight.
-int prob_result(Rng& rng, const float* weights, int n);
+// A random index into n weights, chosen by weight. One draw comes first,
+// whatever n is. A draw above the running total of all the weights (they need
+// not add up to one) chooses the last alternative. Inline: every value of a
+// function makes this choice.
+inline int prob_result(Rng& rng, const float* weights, int n) {
+  const float r = uniform(rng);
+  if (n == 1 || n <= 0) return 0;
+  float total = weights[0];
+  if (r <= total) return 0;
+  for (int k = 1; k < n; ++k) {
+    total = total + weights[k];
+    if (r <= total) return k;
+  }
+  return n - 1;
+}
 // Whether the n weights add up to one (within 0.00001).
 int hundred_percent(const float* weights, int n);
 

@@ -115,23 +115,15 @@ void InsertEvent(Event* node, Event*& cursor, EventList& list) {
   cursor = node;
 }
 
-int StorePfield(float value, Event*& cursor, EventList& list, int pno, int count,
-                int& fused_flag, Event*& LUT, float pfactor) {
-  value = value * pfactor;
-  if (!fused_flag) {
-    cursor = cursor->next;
-    cursor->pf[pno - 4] = value;
-    cursor->code = 0;
-  } else {
-    Event* copy = CopyEvent(list, cursor, count);
-    if (!copy) return 0;
-    copy->pf[pno - 4] = value;
-    copy->code = 1;
-    list.any_fused = true;
-    InsertEvent(copy, cursor, list);
-    fused_flag = 0;
-  }
-  if (cursor->code == 0) LUT = cursor;
+int StoreFusedPfield(float value, Event*& cursor, EventList& list, int pno, int count,
+                     int& fused_flag) {
+  Event* copy = CopyEvent(list, cursor, count);
+  if (!copy) return 0;
+  copy->pf[pno - 4] = value;
+  copy->code = 1;
+  list.any_fused = true;
+  InsertEvent(copy, cursor, list);
+  fused_flag = 0;
   return 1;
 }
 

@@ -76,10 +76,24 @@ int InsertBegTime(float rhythm, EventList& list, float start, float beat, int co
 // A new unlinked event with the fields and values of `node`.
 Event* CopyEvent(EventList& list, const Event* node, int count);
 
+// The fused case of StorePfield: `value` as p-field `pno` of a new copy of the
+// cursor event, linked after it as a chord member.
+int StoreFusedPfield(float value, Event*& cursor, EventList& list, int pno, int count,
+                     int& fused_flag);
+
 // Stores `value` (times pfactor) as p-field `pno` of the event after the
 // cursor, or, when fused, of a new copy of the cursor event linked after it.
-int StorePfield(float value, Event*& cursor, EventList& list, int pno, int count,
-                int& fused_flag, Event*& LUT, float pfactor);
+// Inline: it runs once for every value of every p-field from p4 on.
+inline int StorePfield(float value, Event*& cursor, EventList& list, int pno, int count,
+                       int& fused_flag, Event*& LUT, float pfactor) {
+  value = value * pfactor;
+  if (fused_flag) return StoreFusedPfield(value, cursor, list, pno, count, fused_flag);
+  cursor = cursor->next;
+  cursor->pf[pno - 4] = value;
+  cursor->code = 0;
+  LUT = cursor;
+  return 1;
+}
 
 // Links `node` after the cursor and makes it the cursor (and the last event
 // when the cursor was the last).

@@ -29,18 +29,6 @@ int store_value(Ctx& c, DataList& d, float value) {
   return store_in_event(c, d, value);
 }
 
-int store_in_event(Ctx& c, DataList& d, float value) {
-  Run& run = c.run;
-  Block& b = c.block;
-  Pfield& p = c.pfield;
-  const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
-  if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
-                   run.PFACTOR))
-    return 32;
-  p.WROTE_DATA = 1;
-  return 0;
-}
-
 int repeat_last(Ctx& c, DataList& d) {
   Block& b = c.block;
   Pfield& p = c.pfield;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "pfield/state.h"
+#include "pfield/timing.h"
 
 namespace sorvel {
 
@@ -15,8 +16,19 @@ int store_value(Ctx& c, DataList& d, float value);
 
 // Stores a value of p4 or later in the event after the cursor, or in a new
 // chord member when IS_FUSED, after random deviation and pitch rounding.
-// Returns 0 or error 32.
-int store_in_event(Ctx& c, DataList& d, float value);
+// Returns 0 or error 32. Inline, like the steps it is made of: every value of
+// p4 and later passes through here.
+inline int store_in_event(Ctx& c, DataList& d, float value) {
+  Run& run = c.run;
+  Block& b = c.block;
+  Pfield& p = c.pfield;
+  const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
+  if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
+                   run.PFACTOR))
+    return 32;
+  p.WROTE_DATA = 1;
+  return 0;
+}
 
 // One repetition of the last value (or, in p4 and later, of the last chord),
 // counted in EVENT_NO; inside a loop the queue's last group is repeated too.
