@@ -73,7 +73,7 @@ struct ExReader {
 float pfield_value(const Event* e, int n) {
   if (n == 2) return e->start;
   if (n == 3) return e->dur;
-  return e->pf[n - 4];
+  return e->pf()[n - 4];
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ int print_csound(Run& run, Block& block, FILE* stream) {
     *p++ = ' ';
     p = put_fixed(p, static_cast<double>(cur->dur), dur_dec + 3, dur_dec);
     *p++ = ' ';
-    for (size_t i = 0; i < columns.size(); ++i) p = put_value(p, cur->pf[i], columns[i], run.SRATE);
+    for (size_t i = 0; i < columns.size(); ++i) p = put_value(p, cur->pf()[i], columns[i], run.SRATE);
     if (static_cast<size_t>(p - buffer.data()) >= kFlushAt) flush();
     prev = cur;
   }

@@ -15,8 +15,10 @@ namespace {
 constexpr size_t kFirstChunk = 64 * 1024;
 constexpr size_t kLargestChunk = 8 * 1024 * 1024;
 
+// An event and room for the values of p4 to p`count` (never fewer than two,
+// the two a MIDI note reads).
 size_t node_bytes(int count) {
-  size_t values = count > 0 ? static_cast<size_t>(count) : 0;
+  size_t values = count > 5 ? static_cast<size_t>(count - 3) : 2;
   size_t bytes = sizeof(Event) + values * sizeof(float);
   return (bytes + alignof(Event) - 1) / alignof(Event) * alignof(Event);
 }
@@ -44,9 +46,7 @@ Event* EventList::GetListNode(int count) {
   unsigned char* p = chunks_.back().get() + chunk_used_;
   chunk_used_ += bytes;
   ++live_;
-  Event* e = new (p) Event;
-  e->pf = reinterpret_cast<float*>(p + sizeof(Event));
-  return e;
+  return new (p) Event;
 }
 
 void EventList::FreeNode(Event* e) {
@@ -104,7 +104,7 @@ Event* CopyEvent(EventList& list, const Event* node, int count) {
   e->start = node->start;
   e->dur = node->dur;
   e->beat = node->beat;
-  if (count > 3) std::memcpy(e->pf, node->pf, static_cast<size_t>(count - 3) * sizeof(float));
+  if (count > 3) std::memcpy(e->pf(), node->pf(), static_cast<size_t>(count - 3) * sizeof(float));
   return e;
 }
 
@@ -119,7 +119,7 @@ int StoreFusedPfield(float value, Event*& cursor, EventList& list, int pno, int 
                      int& fused_flag) {
   Event* copy = CopyEvent(list, cursor, count);
   if (!copy) return 0;
-  copy->pf[pno - 4] = value;
+  copy->pf()[pno - 4] = value;
   copy->code = 1;
   list.any_fused = true;
   InsertEvent(copy, cursor, list);
@@ -132,7 +132,7 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
   const int k = pno - 4;
   if (cursor != list.handle) {
     cursor = cursor->next;
-    cursor->pf[k] = S->pf[k];
+    cursor->pf()[k] = S->pf()[k];
     cursor->code = S->code;
     if (S->code) list.any_fused = true;
   } else {
@@ -144,8 +144,8 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
     e->start = static_cast<float>(add_i32(whole_start, whole_dur));
     e->dur = static_cast<float>(whole_dur);
     e->beat = S->beat;
-    if (count > 3) std::memcpy(e->pf, cursor->pf, static_cast<size_t>(count - 3) * sizeof(float));
-    e->pf[k] = S->pf[k];
+    if (count > 3) std::memcpy(e->pf(), cursor->pf(), static_cast<size_t>(count - 3) * sizeof(float));
+    e->pf()[k] = S->pf()[k];
     e->code = S->code;
     if (S->code) list.any_fused = true;
     InsertEvent(e, cursor, list);
@@ -159,8 +159,8 @@ int DoListChord(EventList& list, Event*& cursor, Event* LUT, int pno, int count,
     e->dur = cursor->dur;
     e->code = M->code;
     list.any_fused = true;
-    if (count > 3) std::memcpy(e->pf, cursor->pf, static_cast<size_t>(count - 3) * sizeof(float));
-    e->pf[k] = M->pf[k];
+    if (count > 3) std::memcpy(e->pf(), cursor->pf(), static_cast<size_t>(count - 3) * sizeof(float));
+    e->pf()[k] = M->pf()[k];
     InsertEvent(e, cursor, list);
     ++added;
   }

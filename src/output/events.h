@@ -19,8 +19,12 @@ struct Event {
   float start;  // start time in seconds (p2)
   float dur;    // rhythm while p2 is read, then the duration (p3)
   float beat;   // beat position when the event was made
-  float* pf;    // values of p4 ... pN at index k - 4
   Event* next;
+
+  // The values of p4 ... pN at index k - 4. They sit right after the event in
+  // the same piece of memory, so they need no pointer of their own.
+  float* pf() { return reinterpret_cast<float*>(this + 1); }
+  const float* pf() const { return reinterpret_cast<const float*>(this + 1); }
 };
 
 struct QEntry {
@@ -89,7 +93,7 @@ inline int StorePfield(float value, Event*& cursor, EventList& list, int pno, in
   value = value * pfactor;
   if (fused_flag) return StoreFusedPfield(value, cursor, list, pno, count, fused_flag);
   cursor = cursor->next;
-  cursor->pf[pno - 4] = value;
+  cursor->pf()[pno - 4] = value;
   cursor->code = 0;
   LUT = cursor;
   return 1;

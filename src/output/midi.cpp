@@ -159,8 +159,8 @@ class NoteTrack {
  private:
   // Scales the velocity, folds the key and counts the event's bytes.
   void visit(Event* e) {
-    e->pf[0] = e->pf[0] * kVelocityScale;
-    e->pf[1] = mod(e->pf[1], 128.0f);
+    e->pf()[0] = e->pf()[0] * kVelocityScale;
+    e->pf()[1] = mod(e->pf()[1], 128.0f);
     size += static_cast<uint32_t>(VLSize(midi_delta(e->start - previous_))) + 3u;
   }
 
@@ -168,8 +168,8 @@ class NoteTrack {
     Mprintf(run_, "\n%f\t", e->start);
     Mprintf(run_, "%f\t", e->dur);
     Mprintf(run_, "%s\t", e->code == 1 ? "ON" : "OFF");
-    Mprintf(run_, "N: %f\t", e->pf[1]);
-    Mprintf(run_, "V: %f\t", e->pf[0]);
+    Mprintf(run_, "N: %f\t", e->pf()[1]);
+    Mprintf(run_, "V: %f\t", e->pf()[0]);
     previous_ = e->start;
   }
 
@@ -178,7 +178,7 @@ class NoteTrack {
     if (!off) throw std::bad_alloc();
     off->start = on->start + on->dur;
     off->code = 0;
-    off->pf[0] = kNoteOffVelocity;
+    off->pf()[0] = kNoteOffVelocity;
     InsertEvent(off, where, list_);
     return off;
   }
@@ -283,9 +283,9 @@ void WriteTrack(FILE* file, EventList& list, uint32_t size) {
   do {
     const uint32_t delta = midi_delta(e->start - previous);
     if (e->code == 1)
-      NoteOn(file, delta, data_byte(e->pf[1]), data_byte(e->pf[0]), 0);
+      NoteOn(file, delta, data_byte(e->pf()[1]), data_byte(e->pf()[0]), 0);
     else
-      NoteOff(file, delta, data_byte(e->pf[1]), 0);
+      NoteOff(file, delta, data_byte(e->pf()[1]), 0);
     previous = e->start;
     e = e->next;
   } while (e != first);

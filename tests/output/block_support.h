@@ -40,7 +40,7 @@ struct TestBlock {
     e->start = start;
     e->dur = dur;
     e->beat = 0.0f;
-    for (size_t i = 0; i < values.size(); ++i) e->pf[i] = values[i];
+    for (size_t i = 0; i < values.size(); ++i) e->pf()[i] = values[i];
     e->next = list.handle ? list.handle->next : e;
     if (list.handle) list.handle->next = e;
     list.handle = e;

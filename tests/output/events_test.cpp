@@ -58,24 +58,24 @@ TEST(InsertBegTime, OnsetsFollowTheLongestMemberOfTheLastGroup) {
 TEST(EventList, NewEventsHaveZeroedValuesAndManyKeepThemApart) {
   EventList list;
   Event* a = add(list, 1.0f, 0.0f, 0.0f, 128);
-  for (int k = 0; k < 125; ++k) a->pf[k] = 9.0f;
+  for (int k = 0; k < 125; ++k) a->pf()[k] = 9.0f;
   list.FreeListNodes();
   Event* b = add(list, 1.0f, 0.0f, 0.0f, 128);
-  for (int k = 0; k < 125; ++k) ASSERT_EQ(b->pf[k], 0.0f) << k;
+  for (int k = 0; k < 125; ++k) ASSERT_EQ(b->pf()[k], 0.0f) << k;
   list.FreeListNodes();
 
   const int n = 20000;
   for (int i = 0; i < n; ++i) {
     Event* e = add(list, 1.0f, 0.0f, static_cast<float>(i), 128);
-    e->pf[0] = static_cast<float>(i);
-    e->pf[124] = static_cast<float>(-i);
+    e->pf()[0] = static_cast<float>(i);
+    e->pf()[124] = static_cast<float>(-i);
   }
   const std::vector<Event*> all = events(list);
   ASSERT_EQ(all.size(), static_cast<size_t>(n));
   EXPECT_EQ(list.size(), static_cast<size_t>(n));
   for (int i = 0; i < n; ++i) {
-    ASSERT_EQ(all[i]->pf[0], static_cast<float>(i));
-    ASSERT_EQ(all[i]->pf[124], static_cast<float>(-i));
+    ASSERT_EQ(all[i]->pf()[0], static_cast<float>(i));
+    ASSERT_EQ(all[i]->pf()[124], static_cast<float>(-i));
     ASSERT_EQ(all[i]->start, static_cast<float>(i));
   }
 }
@@ -90,7 +90,7 @@ struct FourEvents {
   explicit FourEvents(int count = 5) {
     for (int i = 0; i < 4; ++i) {
       Event* ev = add(list, 1.0f, 0.0f, static_cast<float>(i), count);
-      for (int k = 1; k <= count - 4; ++k) ev->pf[k] = static_cast<float>(100 * k + i);
+      for (int k = 1; k <= count - 4; ++k) ev->pf()[k] = static_cast<float>(100 * k + i);
       e.push_back(ev);
     }
     cursor = list.handle;
@@ -104,8 +104,8 @@ TEST(StorePfield, ValuesGoToTheEventsInTurnAndFusedOnesMakeMembers) {
   FourEvents f;
   f.e[1]->code = 1;  // left over from an earlier p-field
   for (int i = 0; i < 2; ++i) ASSERT_EQ(f.store(static_cast<float>(10 * (i + 1)), 0, 4, 5, 2.0f), 1);
-  EXPECT_EQ(f.e[0]->pf[0], 20.0f);  // scaled by the factor
-  EXPECT_EQ(f.e[1]->pf[0], 40.0f);
+  EXPECT_EQ(f.e[0]->pf()[0], 20.0f);  // scaled by the factor
+  EXPECT_EQ(f.e[1]->pf()[0], 40.0f);
   EXPECT_EQ(f.e[1]->code, 0);
   EXPECT_EQ(f.LUT, f.e[1]);
 
@@ -113,8 +113,8 @@ TEST(StorePfield, ValuesGoToTheEventsInTurnAndFusedOnesMakeMembers) {
   ASSERT_EQ(f.store(45.0f, 1), 1);
   Event* inside = f.cursor;
   EXPECT_EQ(inside->code, 1);
-  EXPECT_EQ(inside->pf[0], 45.0f);
-  EXPECT_EQ(inside->pf[1], 101.0f);  // every other field copied
+  EXPECT_EQ(inside->pf()[0], 45.0f);
+  EXPECT_EQ(inside->pf()[1], 101.0f);  // every other field copied
   EXPECT_EQ(inside->start, f.e[1]->start);
   EXPECT_EQ(f.LUT, f.e[1]);  // a chord member does not lead a group
   ASSERT_EQ(f.store(3.0f, 0), 1);
@@ -141,11 +141,11 @@ TEST(DoListChord, InsideTheListTheNextEventTakesTheGroup) {
   ASSERT_EQ(DoListChord(f.list, f.cursor, f.LUT, 4, 5, added), 1);
   EXPECT_EQ(added, 1);
   Event* b2 = f.cursor;
-  EXPECT_EQ(f.e[1]->pf[0], 5.0f);
-  EXPECT_EQ(b2->pf[0], 6.0f);
+  EXPECT_EQ(f.e[1]->pf()[0], 5.0f);
+  EXPECT_EQ(b2->pf()[0], 6.0f);
   EXPECT_EQ(b2->code, 1);
   EXPECT_EQ(b2->start, f.e[1]->start);
-  EXPECT_EQ(b2->pf[1], 101.0f);  // the event's own other values
+  EXPECT_EQ(b2->pf()[1], 101.0f);  // the event's own other values
   EXPECT_EQ(f.list.handle, f.e[3]);
   EXPECT_EQ(events(f.list), (std::vector<Event*>{f.e[0], a2, f.e[1], b2, f.e[2], f.e[3]}));
 }
@@ -153,7 +153,7 @@ TEST(DoListChord, InsideTheListTheNextEventTakesTheGroup) {
 TEST(DoListChord, OnTheLastEventANewEventKeepsWholeSecondsOnly) {
   FourEvents f;
   f.e[1]->dur = -2.5f;  // a rest as the source: magnitudes of the truncated numbers
-  f.e[1]->pf[0] = 5.0f;
+  f.e[1]->pf()[0] = 5.0f;
   f.e[3]->start = 5.9f;
   Event* cursor = f.e[3];
   int added = -1;
@@ -163,8 +163,8 @@ TEST(DoListChord, OnTheLastEventANewEventKeepsWholeSecondsOnly) {
   EXPECT_EQ(cursor->start, 7.0f);
   EXPECT_EQ(cursor->dur, 2.0f);
   EXPECT_EQ(cursor->beat, 1.0f);
-  EXPECT_EQ(cursor->pf[0], 5.0f);
-  EXPECT_EQ(cursor->pf[1], 103.0f);  // the other values from the cursor event
+  EXPECT_EQ(cursor->pf()[0], 5.0f);
+  EXPECT_EQ(cursor->pf()[1], 103.0f);  // the other values from the cursor event
   EXPECT_EQ(cursor->next, f.e[0]);
 
   // A group of leader and member in p5 of p4..p6: the members follow the new event.
@@ -182,10 +182,10 @@ TEST(DoListChord, OnTheLastEventANewEventKeepsWholeSecondsOnly) {
   Event* member = all[6];
   EXPECT_EQ(g.list.handle, member);
   EXPECT_EQ(lead->start, 5.0f);
-  EXPECT_EQ(lead->pf[1], 7.0f);
-  EXPECT_EQ(lead->pf[2], 203.0f);
-  EXPECT_EQ(member->pf[1], 8.0f);
-  EXPECT_EQ(member->pf[2], 203.0f);
+  EXPECT_EQ(lead->pf()[1], 7.0f);
+  EXPECT_EQ(lead->pf()[2], 203.0f);
+  EXPECT_EQ(member->pf()[1], 8.0f);
+  EXPECT_EQ(member->pf()[2], 203.0f);
   EXPECT_EQ(member->code, 1);
   EXPECT_EQ(member->start, 5.0f);
   EXPECT_EQ(member->dur, 2.0f);

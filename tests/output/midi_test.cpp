@@ -216,7 +216,7 @@ void fill(EventList& list, const std::vector<Note>& notes, int count) {
     e->start = n.start;
     e->dur = n.dur;
     e->beat = n.start * 2.0f;
-    for (size_t k = 0; k < n.pf.size(); ++k) e->pf[k] = n.pf[k];
+    for (size_t k = 0; k < n.pf.size(); ++k) e->pf()[k] = n.pf[k];
     if (list.handle) {
       e->next = list.handle->next;
       list.handle->next = e;
@@ -259,7 +259,7 @@ TEST(NoteOffPlacement, TheOnePassMergeGivesThePlainWalksList) {
       ASSERT_EQ(a[i]->start, b[i]->start);
       ASSERT_EQ(a[i]->dur, b[i]->dur);
       ASSERT_EQ(a[i]->beat, b[i]->beat);
-      for (int k = 0; k < count - 3; ++k) ASSERT_EQ(a[i]->pf[k], b[i]->pf[k]) << "p" << k + 4;
+      for (int k = 0; k < count - 3; ++k) ASSERT_EQ(a[i]->pf()[k], b[i]->pf()[k]) << "p" << k + 4;
     }
 
     // And the order is the one the rule describes: by time; at one time the
@@ -276,7 +276,7 @@ TEST(NoteOffPlacement, TheOnePassMergeGivesThePlainWalksList) {
         const auto& [time, off, note] = expected[i];
         ASSERT_EQ(a[i]->start, time) << "event " << i;
         ASSERT_EQ(a[i]->code, off ? 0 : 1) << "event " << i;
-        ASSERT_EQ(a[i]->pf[2], notes[note].pf[2]) << "event " << i;
+        ASSERT_EQ(a[i]->pf()[2], notes[note].pf[2]) << "event " << i;
       }
     }
     // The handle is the last event, which the conductor track's end is
