@@ -7,6 +7,7 @@
 #include <new>
 
 #include "base/convert.h"
+#include "output/zeroed_memory.h"
 
 namespace sorvel {
 
@@ -25,7 +26,7 @@ size_t node_bytes(int count) {
 
 }  // namespace
 
-void EventList::FreeChunk::operator()(unsigned char* p) const { std::free(p); }
+void EventList::FreeChunk::operator()(unsigned char* p) const { put_zeroed(p, bytes); }
 
 Event* EventList::GetListNode(int count) {
   if (live_ >= limit) return nullptr;
@@ -33,7 +34,8 @@ Event* EventList::GetListNode(int count) {
   if (chunks_.empty() || chunk_used_ + bytes > chunk_size_) {
     size_t size = chunk_size_ == 0 ? kFirstChunk : std::min(chunk_size_ * 2, kLargestChunk);
     if (size < bytes) size = bytes;
-    std::unique_ptr<unsigned char, FreeChunk> chunk(static_cast<unsigned char*>(std::calloc(size, 1)));
+    std::unique_ptr<unsigned char, FreeChunk> chunk(static_cast<unsigned char*>(get_zeroed(size)),
+                                                   FreeChunk{size});
     if (!chunk) return nullptr;
     try {
       chunks_.push_back(std::move(chunk));

@@ -60,7 +60,9 @@ class EventList {
   size_t size() const { return live_; }
 
  private:
+  // Frees a chunk with the size it was made with.
   struct FreeChunk {
+    size_t bytes = 0;
     void operator()(unsigned char* p) const;
   };
   // Chunks come zeroed from the system and are never reused within a block,
