@@ -25,6 +25,8 @@
 
 namespace sorvel {
 
+#if SORVEL_LARGE_PAGES
+
 namespace {
 
 // Below this a piece is left to calloc: large pages only pay for large pieces.
@@ -32,14 +34,14 @@ constexpr size_t kLargePage = size_t{2} << 20;
 
 }  // namespace
 
-#if SORVEL_LARGE_PAGES
-
 void* get_zeroed(size_t bytes) {
   if (bytes < kLargePage) return std::calloc(bytes, 1);
   void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
+#if defined(MADV_HUGEPAGE)
   // Only advice: where large pages are not to be had, small ones serve.
   madvise(memory, bytes, MADV_HUGEPAGE);
+#endif
   return memory;
 }
 
