@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
 namespace sorvel {
 namespace {
@@ -38,6 +39,28 @@ TEST(Curves, ShapesHalfwayFromTenToTwenty) {
   EXPECT_EQ(pplot_val(2, 5, 10.0f, 20.0f, 3, 3.0), 11.25f);
   EXPECT_EQ(pplot_val(2, 5, 10.0f, 20.0f, 4, 1.0), static_cast<float>(10.0 + 10.0 * s));
   EXPECT_EQ(pplot_val(2, 5, 10.0f, 20.0f, 5, 1.0), static_cast<float>(10.0 + 10.0 * (0.5 - (s - 0.5))));
+}
+
+// Curve 1 squares the fraction by multiplying; rounded to a float, that must
+// be what the library's power gives, over events and over time.
+TEST(Curves, SlowStartIsTheSquareThePowerGives) {
+  // Read through a volatile so that the compiler calls the library's power
+  // instead of squaring itself.
+  volatile double two = 2.0;
+  std::mt19937 gen(5);
+  for (int i = 0; i < 200000; ++i) {
+    const unsigned count = 2 + gen() % 100000;
+    const unsigned index = gen() % count;
+    const double f = static_cast<double>(index) / static_cast<double>(count - 1);
+    ASSERT_EQ(pplot_val(index, count, -3.0f, 7.5f, 1, 1.0),
+              static_cast<float>(-3.0 + 10.5 * std::pow(f, two)))
+        << index << " of " << count;
+    const float t = static_cast<float>(gen() % 100000) * 0.01f, total = 1000.5f;
+    const double g = static_cast<double>(t / total);
+    ASSERT_EQ(tplot_val(t, total, 100.0f, 0.25f, 1, 1.0),
+              static_cast<float>(100.0 + (0.25 - 100.0) * std::pow(g, two)))
+        << t;
+  }
 }
 
 TEST(Curves, FractionPrecision) {
