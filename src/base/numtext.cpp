@@ -197,39 +197,9 @@ char* put_exact(char* p, bool negative, uint64_t m, int shift, int width) {
   return put_scaled<PREC>(p, negative, m ? scale<PREC>(m, shift) : 0, width);
 }
 
-// "%.*f" for a finite value whose magnitude is below 2^30 and a precision up
-// to 9 (so the scaled value fits 64 bits), computed exactly: with |v| = m / 2^s,
-// m * 10^prec is an exact integer and its division by 2^s is rounded half to
-// even on the exact remainder, as printf rounds. Writes the number right-aligned
-// in `width` columns; returns null (writing nothing) for any other value.
-char* put_fixed_exact(char* p, double v, int width, int prec) {
-  uint64_t bits;
-  std::memcpy(&bits, &v, sizeof bits);
-  const bool negative = bits >> 63;
-  const int exponent = static_cast<int>(bits >> 52 & 0x7FF);
-  // Below 2^30 (a biased exponent under 1023 + 30), |v| * 10^9 fits 64 bits.
-  if (exponent >= 1023 + 30) return nullptr;
-  // Subnormals (exponent 0) are far below half a unit of any decimal.
-  const uint64_t m = exponent ? (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52) : 0;
-  const int shift = 1075 - exponent;  // |v| = m / 2^shift, shift >= 23
-  switch (prec) {
-    case 0: return put_exact<0>(p, negative, m, shift, width);
-    case 1: return put_exact<1>(p, negative, m, shift, width);
-    case 2: return put_exact<2>(p, negative, m, shift, width);
-    case 3: return put_exact<3>(p, negative, m, shift, width);
-    case 4: return put_exact<4>(p, negative, m, shift, width);
-    case 5: return put_exact<5>(p, negative, m, shift, width);
-    case 6: return put_exact<6>(p, negative, m, shift, width);
-    case 7: return put_exact<7>(p, negative, m, shift, width);
-    case 8: return put_exact<8>(p, negative, m, shift, width);
-    case 9: return put_exact<9>(p, negative, m, shift, width);
-    default: return nullptr;
-  }
-}
-
-}  // namespace
-
-char* put_fixed(char* p, double v, int prec) {
+// "%.*f" for a value the exact fast path below does not take: NaN, infinity,
+// a magnitude of 2^30 or more, or a precision above 9.
+char* put_fixed_other(char* p, double v, int prec) {
   if (std::isnan(v)) {
     if (std::signbit(v)) *p++ = '-';
     std::memcpy(p, "nan", 3);
@@ -240,16 +210,46 @@ char* put_fixed(char* p, double v, int prec) {
     std::memcpy(p, "inf", 3);
     return p + 3;
   }
-  if (char* end = put_fixed_exact(p, v, 0, prec)) return end;
   auto res = std::to_chars(p, p + kNumTextMax, v, std::chars_format::fixed, prec);
   return res.ptr;
 }
 
+}  // namespace
+
+// A finite value whose magnitude is below 2^30, with a precision up to 9 (so
+// the scaled value fits 64 bits), is written exactly here: with |v| = m / 2^s,
+// m * 10^prec is an exact integer and its division by 2^s is rounded half to
+// even on the exact remainder, as printf rounds. Anything else goes the slow
+// way and is padded after.
 char* put_fixed(char* p, double v, int width, int prec) {
-  if (char* end = put_fixed_exact(p, v, width, prec)) return end;
-  char* end = put_fixed(p, v, prec);
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  const bool negative = bits >> 63;
+  const int exponent = static_cast<int>(bits >> 52 & 0x7FF);
+  // Below 2^30 (a biased exponent under 1023 + 30), |v| * 10^9 fits 64 bits.
+  if (exponent < 1023 + 30) {
+    // Subnormals (exponent 0) are far below half a unit of any decimal.
+    const uint64_t m = exponent ? (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52) : 0;
+    const int shift = 1075 - exponent;  // |v| = m / 2^shift, shift >= 23
+    switch (prec) {
+      case 0: return put_exact<0>(p, negative, m, shift, width);
+      case 1: return put_exact<1>(p, negative, m, shift, width);
+      case 2: return put_exact<2>(p, negative, m, shift, width);
+      case 3: return put_exact<3>(p, negative, m, shift, width);
+      case 4: return put_exact<4>(p, negative, m, shift, width);
+      case 5: return put_exact<5>(p, negative, m, shift, width);
+      case 6: return put_exact<6>(p, negative, m, shift, width);
+      case 7: return put_exact<7>(p, negative, m, shift, width);
+      case 8: return put_exact<8>(p, negative, m, shift, width);
+      case 9: return put_exact<9>(p, negative, m, shift, width);
+      default: break;
+    }
+  }
+  char* end = put_fixed_other(p, v, prec);
   return pad_left(p, static_cast<int>(end - p), width);
 }
+
+char* put_fixed(char* p, double v, int prec) { return put_fixed(p, v, 0, prec); }
 
 char* put_long(char* p, long v) {
   auto res = std::to_chars(p, p + kNumTextMax, v);
