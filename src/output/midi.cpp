@@ -117,9 +117,12 @@ class NoteTrack {
     } while (e != first);
   }
 
-  // The same placement in one pass for a list whose starts never decrease:
-  // pending note-offs wait, ordered by end (then by note order), and go in
-  // before the first event that starts after their end.
+  // The same placement in one pass, for any list: pending note-offs wait,
+  // ordered by end (then by note order), and go in before the first event
+  // that starts after their end, which is where the walk stops. An event
+  // whose start is NaN stops every walk, so it lets every pending note-off in;
+  // a note whose end is NaN gets its note-off at once, right after it, as
+  // the walk gives it (no start compares as at most a NaN end).
   void place_in_order() {
     struct Pending {
       float end;
@@ -133,24 +136,34 @@ class NoteTrack {
     Event* e = first;
     size_t seq = 0;
     bool done = false;
+    auto let_in = [&](Event* on) {
+      Event* off = link_note_off(on, prev);
+      visit(off);
+      list_event(off);
+      prev = off;
+    };
     auto flush = [&](auto keep_waiting) {
       while (!pending.empty() && !keep_waiting(pending.top().end)) {
-        Event* off = link_note_off(pending.top().on, prev);
+        Event* on = pending.top().on;
         pending.pop();
-        visit(off);
-        list_event(off);
-        prev = off;
+        let_in(on);
       }
     };
     while (!done) {
       Event* next = e->next;
       done = next == first;
-      flush([&](float end) { return !(end < e->start); });
+      const float start = e->start;
+      flush([&](float end) { return start <= end; });
       const float end = e->start + e->dur;
       visit(e);
-      if (e->code == 1) pending.push({end, seq++, e});
       list_event(e);
       prev = e;
+      if (e->code == 1) {
+        if (std::isnan(end))
+          let_in(e);
+        else
+          pending.push({end, seq++, e});
+      }
       e = next;
     }
     flush([](float) { return false; });
@@ -189,18 +202,6 @@ class NoteTrack {
   float previous_ = 0.0f;
 };
 
-// Whether starts never decrease along the list (and none is NaN).
-bool starts_in_order(const EventList& list) {
-  const Event* first = list.handle->next;
-  const Event* e = first;
-  do {
-    if (std::isnan(e->start)) return false;
-    if (e->next != first && !(e->next->start >= e->start)) return false;
-    e = e->next;
-  } while (e != first);
-  return true;
-}
-
 }  // namespace
 
 void WriteVarLen(uint32_t value, FILE* file) {
@@ -236,10 +237,7 @@ int List2MIDI(Run& run, Block& block, uint32_t& size) {
   if (!list.handle) return 0;
   if (!remove_rests(run, block)) return 0;
   NoteTrack track(run, list, block.MAX_PFIELDS);
-  if (starts_in_order(list))
-    track.place_in_order();
-  else
-    track.place_by_walk();
+  track.place_in_order();
   size = track.size;
   return 1;
 }

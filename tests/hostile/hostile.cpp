@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "driver/run.h"
+#include "output/block_support.h"
+#include "output/midi.h"
 #include "support/capture.h"
 
 namespace sorvel {
@@ -276,6 +278,23 @@ TEST_F(Hostile, OddBytesInMacroBodiesAndIncludeNames) {
   EXPECT_EQ(status, 0) << error();
   EXPECT_NE(screen.find("\n\tOpening include file \"in\xff.inc\"..."), std::string::npos);
   EXPECT_NE(screen.find("1 events generated in block #1 (i1)."), std::string::npos);
+}
+
+// Two hundred thousand notes that all sound to the end of the block, with
+// starts that step back now and then: placing their note-offs by walking
+// forward from each note would take some 10^10 steps.
+TEST(HostileMidi, LongNotesOutOfOrderPlaceTheirNoteOffsInOnePass) {
+  const int notes = 200000;
+  testing::TestBlock t(5);
+  t.block.note_list.limit = 2 * notes;
+  for (int i = 0; i < notes; ++i) {
+    const float start = static_cast<float>(i % 1000 == 999 ? i - 500 : i) * 0.125f;
+    t.add(start, 1e6f, {100.0f, static_cast<float>(i % 128)})->code = 1;
+  }
+  uint32_t size = 0;
+  ASSERT_EQ(List2MIDI(t.run, t.block, size), 1);
+  EXPECT_EQ(t.block.note_list.size(), static_cast<size_t>(2 * notes));
+  EXPECT_GT(size, static_cast<uint32_t>(2 * notes * 4));
 }
 
 }  // namespace
