@@ -17,13 +17,19 @@ int Round(float x) {
   return c;
 }
 
-// The ceiling of -0.4 is -0.0, and a tie or a NaN (every comparison false)
-// takes the ceiling, so the sign of zero survives and a NaN passes through.
+// The nearer of floor and ceiling; a tie takes the ceiling. From 2^23 up in
+// magnitude every float is whole, and a NaN or an infinity is its own floor
+// and ceiling: those pass through. Below, the floor and ceiling come from the
+// value truncated toward zero, which a 32-bit integer holds exactly, without
+// the library's calls. A zero result keeps the sign of the value, as the
+// library's ceiling of -0.4 is -0.0.
 float RoundF(float x) {
-  float c = std::ceil(x);
-  float f = std::floor(x);
-  if (x - f < c - x) return f;
-  return c;
+  if (!(std::fabs(x) < 8388608.0f)) return x;
+  const float t = static_cast<float>(static_cast<int32_t>(x));
+  const float f = t > x ? t - 1.0f : t;
+  const float c = t < x ? t + 1.0f : t;
+  const float r = x - f < c - x ? f : c;
+  return r == 0.0f ? std::copysign(0.0f, x) : r;
 }
 
 // Each correcting loop ends as soon as a step leaves the remainder as it was,

@@ -6,7 +6,9 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <vector>
 
 namespace sorvel {
 namespace {
@@ -27,6 +29,32 @@ TEST(Round, HalvesGoUpAndValuesWithoutAnIntegerAreIndefinite) {
       {3.0e9f, kIndefinite}, {-3.0e9f, kIndefinite},
   };
   for (const auto& c : cases) EXPECT_EQ(Round(c.x), c.want) << c.x;
+}
+
+// RoundF works without the library's floor and ceiling; it must agree with
+// the nearer of the two, a tie to the ceiling, bit for bit, across the floats.
+TEST(RoundF, SameAsTheNearerOfFloorAndCeiling) {
+  auto library = [](float x) {
+    const float c = std::ceil(x), f = std::floor(x);
+    return x - f < c - x ? f : c;
+  };
+  std::vector<float> values = {0.0f, -0.0f, 0.5f, -0.5f, 1.5f, -1.5f, 8388607.5f, -8388607.5f,
+                               8388608.0f, -8388608.0f, 16777215.0f, 2147483648.0f, -2147483904.0f,
+                               std::nextafter(0.5f, 0.0f), std::nextafter(-0.5f, 0.0f), kNan, kInf, -kInf};
+  for (uint64_t bits = 0; bits <= 0xFFFFFFFFu; bits += 997) {
+    const uint32_t b = static_cast<uint32_t>(bits);
+    float x;
+    std::memcpy(&x, &b, sizeof x);
+    values.push_back(x);
+  }
+  for (float x : values) {
+    const float want = library(x), got = RoundF(x);
+    if (std::isnan(want)) {
+      ASSERT_TRUE(std::isnan(got)) << x;
+    } else {
+      ASSERT_EQ(std::memcmp(&want, &got, sizeof want), 0) << x << " gives " << got << ", not " << want;
+    }
+  }
 }
 
 TEST(RoundF, HalvesGoUpTheSignOfZeroIsKeptAndNonFiniteValuesPass) {
