@@ -72,6 +72,12 @@ struct Run {
   // Tempo map: record 0 is a constant 60 beats per minute.
   std::vector<TempoDef> TEMPO_LIST{TempoDef{0.0f, 60.0f, 0.0f, 60.0f, 1.0f, 0.0f}};
   int TOT_TEMPOS = 1;
+  // Kept up to date by tempo_changed, so that neither finding the record of a
+  // beat nor listing the conflicts walks the whole map: for each record k from
+  // 1 on, the latest start among records 1 to k (entry 0 unused), and the
+  // records that start before the record ahead of them ends, in order.
+  std::vector<float> tempo_reach{0.0f};
+  std::vector<int> tempo_conflicts;
 
   // Preprocessing.
   // Definitions by name (a name is defined at most once, so a lookup by name

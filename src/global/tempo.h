@@ -17,6 +17,9 @@ float to_tempo(Run& run, float CBEATS, float beats);
 int good_tempo(float t);
 int good_time(float t);
 void check_tempos(Run& run);
+// Brings the map's indexes up to date after record `index` was set: record 0
+// at any time, a later one only as it is appended.
+void tempo_changed(Run& run, int index);
 void print_tempos(Run& run);
 
 }  // namespace sorvel

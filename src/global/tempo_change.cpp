@@ -24,6 +24,7 @@ int single_tempo(Source& src, float T) {
   r.Stempo = T;
   r.Etempo = T;
   r.Type = 0.0f;
+  tempo_changed(src.run, 0);
   if (T > 300.0f) warn(src, 30);
   else if (T < 30.0f) warn(src, 31);
   return 0;
@@ -69,11 +70,13 @@ int tempo_move(Source& src, float S) {
   const TempoDef def{S, T1, E, T2, type, vcurve};
   if (S == 0.0f) {
     run.TEMPO_LIST[0] = def;
+    tempo_changed(run, 0);
   } else {
     const size_t at = static_cast<size_t>(run.TOT_TEMPOS);
     if (run.TEMPO_LIST.size() <= at) run.TEMPO_LIST.resize(at + 1);
     run.TEMPO_LIST[at] = def;
     ++run.TOT_TEMPOS;
+    tempo_changed(run, static_cast<int>(at));
   }
   if (src.cur() != ')') return 19;
   ++src.pos;

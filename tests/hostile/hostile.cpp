@@ -280,6 +280,25 @@ TEST_F(Hostile, OddBytesInMacroBodiesAndIncludeNames) {
   EXPECT_NE(screen.find("1 events generated in block #1 (i1)."), std::string::npos);
 }
 
+// A hundred thousand tempo changes, then a block of half a million events:
+// walking the tempo map for every change and for every event would take
+// some 5 x 10^10 steps.
+TEST_F(Hostile, ATempoMapOfAHundredThousandChanges) {
+  std::string text;
+  for (int k = 1; k <= 100000; ++k) {
+    const std::string beat = std::to_string(k / 10) + "." + std::to_string(k % 10);
+    text += "te(" + beat + " " + beat + " 60 " + (k % 2 ? "61" : "59") + ")\n";
+  }
+  text += "i1 = 4 0 -500000 { p2 1 p3 1 p4 1 }\n";
+  run(text, 1000000);
+  EXPECT_EQ(status, 0) << screen.substr(0, 300);
+  EXPECT_EQ(error(), "");
+  std::ifstream score(dir + "/out.sco");
+  size_t events = 0;
+  for (std::string line; std::getline(score, line);) events += line.rfind("i1 ", 0) == 0;
+  EXPECT_EQ(events, 500000u);
+}
+
 // Two hundred thousand notes that all sound to the end of the block, with
 // starts that step back now and then: placing their note-offs by walking
 // forward from each note would take some 10^10 steps.
