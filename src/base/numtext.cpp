@@ -101,6 +101,19 @@ uint64_t eight_digits(uint32_t n) {
 
 constexpr uint64_t kAsciiZeros = 0x3030303030303030ull;
 
+// Blanks before a number of `len` characters in a field of `width`: up to
+// sixteen in one store, which the caller's room (kNumTextMax and more) allows
+// whatever the field.
+char* put_blanks(char* p, int len, int width) {
+  if (width <= len) return p;
+  const int pad = width - len;
+  if (pad <= 16)
+    std::memcpy(p, "                ", 16);
+  else
+    std::memset(p, ' ', static_cast<size_t>(pad));
+  return p + pad;
+}
+
 // Writes the number right-aligned in `width` columns.
 template <int PREC>
 char* put_scaled(char* p, bool negative, uint64_t scaled, int width) {
@@ -114,15 +127,7 @@ char* put_scaled(char* p, bool negative, uint64_t scaled, int width) {
       const int zeros = std::min(w ? std::countr_zero(w) >> 3 : 8, 7 - PREC);
       const int whole_digits = 8 - PREC - zeros;
       const uint64_t text = w + kAsciiZeros;
-      const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
-      if (width > len) {
-        const int pad = width - len;
-        if (pad <= 16)
-          std::memcpy(p, "                ", 16);
-        else
-          std::memset(p, ' ', static_cast<size_t>(pad));
-        p += pad;
-      }
+      p = put_blanks(p, negative + whole_digits + (PREC > 0 ? PREC + 1 : 0), width);
       *p = '-';
       p += negative;
       const uint64_t whole_text = text >> (zeros * 8);
@@ -137,52 +142,10 @@ char* put_scaled(char* p, bool negative, uint64_t scaled, int width) {
       return p;
     }
   }
+  // Larger numbers (and any number elsewhere): two digits at a time.
   const uint64_t whole = scaled / kScale;
-  if constexpr (std::endian::native == std::endian::little && PREC <= 8) {
-    if (whole < 100000000) {
-      // Whole part and decimals as two words of digits; the leading zeros of
-      // the whole part are the zero bytes at the low end of its word.
-      const uint64_t w = eight_digits(static_cast<uint32_t>(whole));
-      const int zeros = w ? std::countr_zero(w) >> 3 : 7;
-      const int whole_digits = 8 - zeros;
-      const uint64_t whole_text = (w + kAsciiZeros) >> (zeros * 8);
-      const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
-      if (width > len) {
-        // Blanks in one store: the caller's room (kNumTextMax and more) leaves
-        // space for sixteen of them whatever the field.
-        const int pad = width - len;
-        if (pad <= 16)
-          std::memcpy(p, "                ", 16);
-        else
-          std::memset(p, ' ', static_cast<size_t>(pad));
-        p += pad;
-      }
-      *p = '-';
-      p += negative;
-      std::memcpy(p, &whole_text, 8);
-      p += whole_digits;
-      if constexpr (PREC > 0) {
-        *p++ = '.';
-        const uint64_t f = eight_digits(static_cast<uint32_t>(scaled - whole * kScale));
-        const uint64_t frac_text = (f + kAsciiZeros) >> ((8 - PREC) * 8);
-        std::memcpy(p, &frac_text, 8);
-        p += PREC;
-      }
-      return p;
-    }
-  }
   const int whole_digits = count_digits(whole);
-  const int len = negative + whole_digits + (PREC > 0 ? PREC + 1 : 0);
-  if (width > len) {
-    const int pad = width - len;
-    if (pad <= 16) {
-      std::memcpy(p, "                ", 16);
-      p += pad;
-    } else {
-      std::memset(p, ' ', static_cast<size_t>(pad));
-      p += pad;
-    }
-  }
+  p = put_blanks(p, negative + whole_digits + (PREC > 0 ? PREC + 1 : 0), width);
   if (negative) *p++ = '-';
   p = put_digits(p, whole, whole_digits);
   if constexpr (PREC > 0) {
