@@ -6,7 +6,6 @@ namespace sorvel {
 
 namespace {
 
-constexpr float kTwoPow31Inv = 4.656613e-10f;  // 2^-31 as written, in single precision
 constexpr double kLn1000 = 6.9078001976;
 constexpr int kMaxWalkMisses = 1000000;
 

@@ -8,8 +8,11 @@
 
 namespace sorvel {
 
+// 2^-31 as written, in single precision: a draw times this is a value from 0 to 1.
+inline constexpr float kTwoPow31Inv = 4.656613e-10f;
+
 // rand() as a float times 2^-31: a value from 0 to 1.
-inline float uniform(Rng& rng) { return static_cast<float>(rng.rand()) * 4.656613e-10f; }
+inline float uniform(Rng& rng) { return static_cast<float>(rng.rand()) * kTwoPow31Inv; }
 
 // The remainder of a draw divided by a count fixed in advance, by two
 // multiplications instead of a division (exact for every draw and every

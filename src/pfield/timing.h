@@ -2,6 +2,7 @@
 // random deviation and rounding in pitch modes.
 #pragma once
 
+#include "base/random.h"
 #include "base/rounding.h"
 #include "input/commands.h"
 #include "pfield/state.h"
@@ -27,7 +28,7 @@ void store_p3(Ctx& c, DataList& d, float value);
 inline float add_rdev(Run& run, float value, float deviation) {
   const float w = value * deviation;
   const float r = static_cast<float>(run.rng.rand());
-  return value - 0.5f * w + r * (w * 4.656613e-10f);
+  return value - 0.5f * w + r * (w * kTwoPow31Inv);
 }
 
 // Rounds to a whole number in "no" and "op" input unless "x" followed the type.

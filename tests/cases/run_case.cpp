@@ -40,6 +40,7 @@ namespace fs = std::filesystem;
 using sorvel::testing::read_file;
 using sorvel::testing::read_stream;
 using sorvel::testing::run_in;
+using sorvel::testing::split_lines;
 using sorvel::testing::split_words;
 
 namespace {
@@ -63,19 +64,11 @@ std::string visible(const std::string& line) {
   return out;
 }
 
-// Lines without their newlines; a last line without one is marked.
-std::vector<std::string> split_lines(const std::string& text) {
-  std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t nl = text.find('\n', start);
-    if (nl == std::string::npos) {
-      lines.push_back(visible(text.substr(start)) + "   (no newline at end)");
-      break;
-    }
-    lines.push_back(visible(text.substr(start, nl - start)));
-    start = nl + 1;
-  }
+// Lines without their newlines, made visible; a last line without one is marked.
+std::vector<std::string> visible_lines(const std::string& text) {
+  std::vector<std::string> lines = split_lines(text);
+  for (std::string& line : lines) line = visible(line);
+  if (!text.empty() && text.back() != '\n') lines.back() += "   (no newline at end)";
   return lines;
 }
 
@@ -98,7 +91,7 @@ void hex_context(const std::string& want, const std::string& got, size_t at) {
 
 // A short unified-style diff of the part between the common first and last lines.
 void line_diff(const std::string& want, const std::string& got) {
-  std::vector<std::string> a = split_lines(want), b = split_lines(got);
+  std::vector<std::string> a = visible_lines(want), b = visible_lines(got);
   size_t head = 0;
   while (head < a.size() && head < b.size() && a[head] == b[head]) ++head;
   size_t tail = 0;

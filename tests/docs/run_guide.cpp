@@ -73,6 +73,7 @@ namespace fs = std::filesystem;
 using sorvel::testing::read_file;
 using sorvel::testing::read_stream;
 using sorvel::testing::run_in;
+using sorvel::testing::split_lines;
 using sorvel::testing::split_words;
 
 namespace {
@@ -95,20 +96,6 @@ std::string rstrip(std::string s) {
   return s;
 }
 
-std::vector<std::string> split_lines(const std::string& text) {
-  std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t nl = text.find('\n', start);
-    if (nl == std::string::npos) {
-      lines.push_back(text.substr(start));
-      break;
-    }
-    lines.push_back(text.substr(start, nl - start));
-    start = nl + 1;
-  }
-  return lines;
-}
 
 // Fenced blocks of the document, in order.
 std::vector<Block> read_blocks(const std::string& text) {

@@ -34,6 +34,19 @@ inline std::string read_stream(FILE* f) {
   return out;
 }
 
+// The lines of a text without their newlines (a last line need not end in one).
+inline std::vector<std::string> split_lines(const std::string& text) {
+  std::vector<std::string> lines;
+  size_t start = 0;
+  while (start < text.size()) {
+    size_t nl = text.find('\n', start);
+    if (nl == std::string::npos) nl = text.size();
+    lines.push_back(text.substr(start, nl - start));
+    start = nl + 1;
+  }
+  return lines;
+}
+
 inline std::vector<std::string> split_words(const std::string& text) {
   std::istringstream in(text);
   std::vector<std::string> words;
