@@ -33,8 +33,7 @@ int expand_variables(Source& src) {
         return vexpand_in_buff(src, "@4 (Cumulative Time [BEATS])",
                                static_cast<double>(beats_per_sec) * run.CUM_TIME, tilde);
       default:
-        ++src.pos;
-        return 106;
+        return 106;  // the position stays on the "@"
     }
   }
   const Constant* found = nullptr;
@@ -44,13 +43,16 @@ int expand_variables(Source& src) {
 }
 
 int vexpand_in_buff(Source& src, const char* label, double value, int tilde) {
+  // The expansion is announced first; only then is the new line's length
+  // checked, so a line made too long shows its "Expanding const" line before
+  // error 89 (the position is still where the reference was read to).
+  if (!src.run.SUPRESS)
+    Mprintf(src.run, "\n\tExpanding const \"%s\" (%f) into line %d...", label, value, src.line);
   std::string number = FtoA(value);
   int end = skip_vname_or_eq(src, tilde);
   size_t rest = std::strlen(src.buffer + end);
   if (static_cast<size_t>(tilde) + number.size() + rest > static_cast<size_t>(kMaxLineText))
     return 89;
-  if (!src.run.SUPRESS)
-    Mprintf(src.run, "\n\tExpanding const \"%s\" (%f) into line %d...", label, value, src.line);
   std::string text(src.buffer, static_cast<size_t>(tilde));
   text += number;
   text.append(src.buffer + end, rest);

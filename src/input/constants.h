@@ -33,7 +33,9 @@ int find_vname(Source& src, const Constant*& found);
 // --- references (const_refs.cpp) ---
 
 // Expands the reference whose "~" is just before the scan position. The
-// position is left where the inserted number begins.
+// position is left where the inserted number begins; on a failure it stays
+// where the reading stopped (after a name that was read, on the "@" of a
+// "~@" that no 1 to 4 follows).
 int expand_variables(Source& src);
 // Replaces the reference whose "~" is at index `tilde` by the value: 0, or 89
 // when the line would grow too long.

@@ -29,25 +29,36 @@ std::string read_name(const std::string& text, size_t& i) {
 }
 
 // Reads the arguments of a call to `macro` from `text` at `i`. Each becomes a
-// macro named after its parameter whose body is the argument's text.
+// macro named after its parameter whose body is the argument's text. The
+// position moves as the call is read and stays where a failure is met:
+// after the blanks before a missing "(" (85), at the end of the text when the
+// list runs into it (86), on a "'" met in the last argument (82). The list of
+// arguments is made once the ")" has been passed, so two parameters of one
+// name fail (84) with the position after the ")".
 int read_call_args(const Macro& macro, const std::string& text, size_t& i,
                    std::vector<Macro>& args) {
   while (is_space(char_in(text, i))) ++i;
   if (char_in(text, i) != '(') return 85;
   ++i;
+  std::vector<std::string> bodies;
   for (int k = 0; k < macro.nargs; ++k) {
-    bool last = k == macro.nargs - 1;
-    Macro arg;
-    arg.name = macro.args[k];
+    const bool last = k == macro.nargs - 1;
+    std::string body;
     for (;;) {
       int c = char_in(text, i);
       if (c == 0) return 86;
+      if (last && c == '\'') return 82;
       ++i;
       if (!last && (c == '\'' || c == '#')) break;
       if (last && c == ')') break;
-      if (last && c == '\'') return 82;
-      arg.body += static_cast<char>(c);
+      body += static_cast<char>(c);
     }
+    bodies.push_back(std::move(body));
+  }
+  for (int k = 0; k < macro.nargs; ++k) {
+    Macro arg;
+    arg.name = macro.args[static_cast<size_t>(k)];
+    arg.body = std::move(bodies[static_cast<size_t>(k)]);
     int r = store_macro(std::move(arg), args);
     if (r) return r;
   }

@@ -85,14 +85,20 @@ int get_args(Source& src, Macro& macro) {
 
 namespace {
 
-// Adds one character to a body under construction; 1000 (message printed)
-// when the body reaches its limit.
-int add_to_body(Source& src, std::string& body, int c) {
-  body += static_cast<char>(c);
-  if (body.size() < static_cast<size_t>(kMacroBodyMax)) return 0;
+// The body under construction reached its limit: 1000, message printed.
+int body_too_long(Source& src) {
   Mprintf(src.run, "\n\nERROR: Line %d: The macro body has exceeded the", src.line);
   Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kMacroBodyMax);
   return 1000;
+}
+
+// Copies the character at the position into the body and passes it; 1000
+// when that character is the one that fills the body to its limit (the
+// position then stands after it).
+int copy_to_body(Source& src, std::string& body) {
+  body += static_cast<char>(src.cur());
+  ++src.pos;
+  return body.size() < static_cast<size_t>(kMacroBodyMax) ? 0 : body_too_long(src);
 }
 
 }  // namespace
@@ -107,8 +113,10 @@ int get_body(Source& src, std::string& body) {
   for (;;) {
     int c = src.cur();
     if (c == '\0') {
+      // The line's end is a newline of the body, then the next line.
       if (src.at_eof()) return 8;
-      if ((r = add_to_body(src, body, '\n'))) return r;
+      body += '\n';
+      if (body.size() >= static_cast<size_t>(kMacroBodyMax)) return body_too_long(src);
       r = src.get_buff();
       if (r > 0) return r;
       if (comment == kLine) comment = kNone;
@@ -123,17 +131,12 @@ int get_body(Source& src, std::string& body) {
       comment = kLine;
     } else if (comment == kNone && c == '/' && next == '*') {
       comment = kBlock;
-      if ((r = add_to_body(src, body, c))) return r;
-      ++src.pos;
-      c = next;
+      if ((r = copy_to_body(src, body))) return r;
     } else if (comment == kBlock && c == '*' && next == '/') {
       comment = kNone;
-      if ((r = add_to_body(src, body, c))) return r;
-      ++src.pos;
-      c = next;
+      if ((r = copy_to_body(src, body))) return r;
     }
-    if ((r = add_to_body(src, body, c))) return r;
-    ++src.pos;
+    if ((r = copy_to_body(src, body))) return r;
   }
 }
 

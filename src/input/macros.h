@@ -44,7 +44,9 @@ const Macro* find_macro(const std::unordered_map<std::string, Macro>& list,
 // --- calls (macro_calls.cpp) ---
 
 // Expands the call whose "$" is just before the scan position, in the line
-// buffer. The position is left where the inserted text begins.
+// buffer. The position is left where the inserted text begins; on a failure
+// it stays where reading the call stopped (after its name, or inside or after
+// its argument list), however deep in the body the failure arose.
 int expand_macro(Source& src);
 // The end of the call that starts with the "$" at `i`: "$", the name and, when
 // "(" follows at once, a balanced argument list.

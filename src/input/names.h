@@ -19,16 +19,20 @@ inline int char_at(const Source& src, int i) {
   return i >= 0 && i < kLineSize ? src.buffer[i] : 0;
 }
 
-// The loose keyword test of "#define" and "#const": the word's letters are
-// compared in place from the position and any one match is enough ("#dfooo6"
-// passes for "define"); white space must follow them. Steps over the word and
-// the blanks after it; 80 when the test fails.
+// The loose keyword test of "#define", "#undef" and "#const": the word's
+// characters are read from the position, any one of them matching its letter
+// is enough ("#dfooo6" passes for "define"), and then white space must follow.
+// The characters are read before the white space is looked at, so a failure
+// (80) leaves the position on the character after them ("#constant": on the
+// "a" of "ant"); a line that ends first leaves it at the line's end.
+// On success the blanks after the word are skipped too.
 inline int loose_keyword(Source& src, const char* word, int length) {
   bool match = false;
-  for (int k = 0; k < length; ++k)
-    if (char_at(src, src.pos + k) == word[k]) match = true;
-  if (!match || !is_space(char_at(src, src.pos + length))) return 80;
-  src.pos += length;
+  for (int k = 0; k < length && src.cur(); ++k) {
+    if (src.cur() == word[k]) match = true;
+    ++src.pos;
+  }
+  if (!match || !is_space(src.cur())) return 80;
   src.skip_blanks();
   return 0;
 }
