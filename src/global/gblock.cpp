@@ -17,7 +17,10 @@ enum class LineEnd { kNextLine, kBlockEnd };
 // Scans the rest of a line character by character once no command stands at
 // the position: blanks and comments are skipped, "i" ends the block, and
 // anything else is error 22. A comment does not lead back to commands, so a
-// command after a comment on the same line is refused too.
+// command after a comment on the same line is refused too. A comment being
+// skipped reads further lines; an error met in one of them (an unknown
+// constant there, say) is passed up as it is, and only the end of the input
+// inside the comment is error 3.
 int scan_chars(Source& src, LineEnd& end) {
   for (;;) {
     const int c = src.cur();
@@ -35,7 +38,7 @@ int scan_chars(Source& src, LineEnd& end) {
     }
     int kind = 0;
     if (src.is_comment(kind)) {
-      if (src.skip_comment(kind)) return 3;
+      if (int r = src.skip_comment(kind)) return r == -1 ? 3 : r;
       continue;
     }
     return 22;

@@ -12,38 +12,37 @@ namespace sorvel {
 
 namespace {
 
-// Comment state while a line is walked. A ";" comment runs to the end of the
-// line or to a newline that an expanded body put in it; "/*" ... "*/" may span
-// lines.
-enum class Comment { kNone, kLine, kBlock };
+// Comment state while a line is walked, moved by three rules that hold
+// wherever their marks stand: "/*" opens a block comment, "*/" closes it and
+// ends a ";" comment too, ";" begins a comment to the end of the line (or to a
+// newline that an expanded body put in it). So "*/" after a ";" ends the
+// comment, and "/*" after a ";" opens a block comment that later lines carry.
+// Block comments do not nest here: one "*/" closes whatever "/*"s came before.
+struct Comment {
+  bool block = false;  // inside "/*" ... "*/"; carried to the next line
+  bool line = false;   // after ";", to the end of the line
+
+  bool in() const { return block || line; }
+};
 
 // Moves the comment state over the character at `i`. Returns the number of
 // characters that belong to a comment mark ("/*" or "*/"), 0 otherwise.
 int track_comment(const Source& src, int i, Comment& state) {
   int c = char_at(src, i);
   int next = char_at(src, i + 1);
-  switch (state) {
-    case Comment::kLine:
-      if (c == '\n') state = Comment::kNone;
-      return 0;
-    case Comment::kBlock:
-      if (c == '*' && next == '/') {
-        state = Comment::kNone;
-        return 2;
-      }
-      return 0;
-    case Comment::kNone:
-      if (c == ';') state = Comment::kLine;
-      if (c == '/' && next == '*') {
-        state = Comment::kBlock;
-        return 2;
-      }
-      return 0;
+  if (c == '/' && next == '*') {
+    state.block = true;
+    return 2;
   }
+  if (c == '*' && next == '/') {
+    state.block = false;
+    state.line = false;
+    return 2;
+  }
+  if (c == ';') state.line = true;
+  if (c == '\n') state.line = false;
   return 0;
 }
-
-bool in_comment(Comment state) { return state != Comment::kNone; }
 
 // A ">" at this index of the line does not stop definitions from being seen.
 constexpr int kLiteralGtIndex = 85;
@@ -52,7 +51,8 @@ constexpr int kLiteralGtIndex = 85;
 
 int parse_macros(Source& src, unsigned char* marks) {
   Run& run = src.run;
-  Comment state = run.IN_COMMENT ? Comment::kBlock : Comment::kNone;
+  Comment state;
+  state.block = run.IN_COMMENT != 0;
   int count = run.IN_MACRO_DEF;  // "#"s of an unfinished definition
   bool direct_out = false;       // a ">" was met: "#" is plain text from here on
   int& i = src.pos;
@@ -61,7 +61,7 @@ int parse_macros(Source& src, unsigned char* marks) {
     if (count > 0) {
       // Inside a definition: every character is marked; "#"s outside its
       // comments are counted up to the one that closes the body.
-      bool was_comment = in_comment(state);
+      bool was_comment = state.in();
       int mark = track_comment(src, i, state);
       int n = mark ? mark : 1;
       for (int k = 0; k < n && i + k < kLineSize; ++k) marks[i + k] = 1;
@@ -69,15 +69,11 @@ int parse_macros(Source& src, unsigned char* marks) {
       i += n;
       continue;
     }
-    if (in_comment(state)) {
-      i += track_comment(src, i, state) ? 2 : 1;
-      continue;
-    }
     if (int mark = track_comment(src, i, state)) {
       i += mark;
       continue;
     }
-    if (in_comment(state)) {  // the ";" just met
+    if (state.in()) {  // comment text, or the ";" just met
       ++i;
       continue;
     }
@@ -102,21 +98,22 @@ int parse_macros(Source& src, unsigned char* marks) {
     ++i;
   }
   run.IN_MACRO_DEF = count;
-  run.IN_COMMENT = state == Comment::kBlock ? 1 : 0;
+  run.IN_COMMENT = state.block ? 1 : 0;
   src.pos = 0;
   return 0;
 }
 
 int parse_variables(Source& src, const unsigned char* marks) {
   Run& run = src.run;
-  Comment state = run.IN_COMMENT ? Comment::kBlock : Comment::kNone;
+  Comment state;
+  state.block = run.IN_COMMENT != 0;
   int& i = src.pos;
   while (char_at(src, i)) {
     if (int mark = track_comment(src, i, state)) {
       i += mark;
       continue;
     }
-    if (!in_comment(state) && src.buffer[i] == '~' && !marks[i]) {
+    if (!state.in() && src.buffer[i] == '~' && !marks[i]) {
       ++i;
       int r = expand_variables(src);
       if (r > 0) return r;
@@ -124,7 +121,7 @@ int parse_variables(Source& src, const unsigned char* marks) {
     }
     ++i;
   }
-  run.IN_COMMENT = state == Comment::kBlock ? 1 : 0;
+  run.IN_COMMENT = state.block ? 1 : 0;
   src.pos = 0;
   return 0;
 }
