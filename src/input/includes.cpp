@@ -95,12 +95,14 @@ int parse_includes(Run& run, FILE* source, FILE* tmp, int& counter) {
     }
     // A "#" that may begin "#include". The characters looked at after it are
     // copied as they stand (or, after "#in", dropped) without changing the
-    // comment or line state.
+    // comment or line state. The end of the file is copied like a character:
+    // as the byte of value 255, which the line reader turns into a blank, so
+    // a file whose last line ends in "#" gives that line a blank after it.
     int c1 = std::getc(source);
     if (c1 != 'i') {
       std::putc('#', tmp);
-      if (c1 == EOF) return 0;
       std::putc(c1, tmp);
+      if (c1 == EOF) return 0;
       st.prev = c1;
       continue;
     }
@@ -108,8 +110,8 @@ int parse_includes(Run& run, FILE* source, FILE* tmp, int& counter) {
     if (c2 != 'n') {
       std::putc('#', tmp);
       std::putc('i', tmp);
-      if (c2 == EOF) return 0;
       std::putc(c2, tmp);
+      if (c2 == EOF) return 0;
       st.prev = c2;
       continue;
     }
