@@ -21,10 +21,12 @@ int read_capped(Source& src, int cap) {
 }
 
 // One rhythm code with its dots: 4 / |n| beats, each dot adding half the
-// previous addition; negative for a negative n.
+// previous addition; negative for a negative n. A code of 0 is read like any
+// other: 4 / 0 is +infinity beats in single precision, and the dots go on in
+// float from there.
 int get_one_rdc(Source& src, float& value) {
   int n;
-  if (!src.get_i(n) || n == 0) return 0;
+  if (!src.get_i(n)) return 0;
   float add = 4.0f / static_cast<float>(n < 0 ? -n : n);
   float len = add;
   while (src.cur() == '.') {
@@ -64,10 +66,10 @@ int in_limits(const Ctx& c, int ch) {
 int get_rdc(Source& src, float& value) {
   float total;
   if (!get_one_rdc(src, total)) return 0;
-  // A "," directly followed by another code ties it on.
-  while (src.cur() == ',' &&
-         (is_digit(src.at(src.pos + 1)) || src.at(src.pos + 1) == '-' ||
-          src.at(src.pos + 1) == '+')) {
+  // A "," right after a code (or its dots) ties the next code on. That code
+  // is read by the integer scanner, which skips blanks within the line, so
+  // "4, 4" is one value; a "," with no code after it fails the value.
+  while (src.cur() == ',') {
     ++src.pos;
     float tied;
     if (!get_one_rdc(src, tied)) return 0;
@@ -153,9 +155,20 @@ int get_oct_pc(Source& src, int MKMIDI, float& value) {
   return 1;
 }
 
+namespace {
+
+// The input types whose value syntax has "z" (the last value again): "re",
+// "rh", "db" and "op". In "in" and "no" a "z" is read by the type's own
+// reader, which fails on it.
+bool admits_last_value(int in_type) {
+  return in_type == CMD_RE || in_type == CMD_RH || in_type == CMD_DB || in_type == CMD_OP;
+}
+
+}  // namespace
+
 int get_input_type(Ctx& c, float& value) {
   Source& src = c.src;
-  if (is_last_variable(src.buffer, src.pos)) {
+  if (admits_last_value(c.pfield.IN_TYPE) && is_last_variable(src.buffer, src.pos)) {
     ++src.pos;
     value = c.pfield.LAST_VAL;
     return 1;

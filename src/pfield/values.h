@@ -1,5 +1,6 @@
 // Reading one value in the current input type: real, integer, rhythm code,
-// dB, pitch name, octave.pitch-class, or "z" for the last value.
+// dB, pitch name, octave.pitch-class, or "z" for the last value in the types
+// that have it ("re", "rh", "db", "op").
 #pragma once
 
 #include "pfield/state.h"
