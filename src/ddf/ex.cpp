@@ -85,8 +85,9 @@ int get_EX_data(Ctx& c, DdfArgs& a) {
   int r = get_dynfunc_dur(c, a.dur);
   if (r) return r;
   ExReader reader{c};
+  // The head's last skip stands before the first weight, the skip after an
+  // alternative before the next one: one skip_wc in each gap.
   for (;;) {
-    if ((r = src.skip_wc())) return r;
     float weight;
     if (!src.get_f(weight)) return 48;
     a.alt.push_back({weight});

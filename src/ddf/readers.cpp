@@ -14,15 +14,16 @@ namespace {
 
 // Reads the head, then alternatives until ")": each begins with its weight
 // (error 38 when none can be read), then `body` reads the rest into the new
-// record.
+// record. Every gap between two tokens gets one skip_wc (white space, at most
+// one comment, white space) and no more: the head's last skip stands before
+// the first weight, the skip after an alternative before the next one, so
+// two comments in a row where a weight is due fail at the second.
 template <class Body>
 int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
   Source& src = c.src;
   int r = get_dynfunc_dur(c, a.dur);
   if (r) return r;
   for (;;) {
-    r = src.skip_wc();
-    if (r) return r;
     float weight;
     if (!src.get_f(weight)) return 38;
     a.alt.push_back({weight});

@@ -36,8 +36,9 @@ int get_S2_data(Ctx& c, DdfArgs& a) {
   if (c.pfield.P_NO < 4) return 62;
   int r = get_dynfunc_dur(c, a.dur);
   if (r) return r;
+  // The head's last skip stands before the first weight, the skip after an
+  // alternative before the next one: one skip_wc in each gap.
   for (;;) {
-    if ((r = src.skip_wc())) return r;
     float weight;
     if (!src.get_f(weight)) return 38;
     a.alt.push_back({weight});
