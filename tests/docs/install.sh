@@ -31,7 +31,8 @@ doc=$prefix/share/doc/sorvel
 for f in docs/guide.md LICENSE; do
   if ! cmp -s "$src/$f" "$doc/$(basename "$f")"; then echo "FAIL: $doc/$(basename "$f") differs or is missing"; exit 1; fi
 done
-for f in "$src"/examples/*; do
+for f in "$src"/examples/*.sor "$src"/examples/*.inc "$src"/examples/*.orc \
+         "$src"/examples/*.csd "$src"/examples/*.md; do
   name=examples/$(basename "$f")
   if ! cmp -s "$f" "$doc/$name"; then echo "FAIL: $doc/$name differs or is missing"; exit 1; fi
 done
