@@ -10,9 +10,10 @@
 ; quarter, at 100 beats a minute, each note a little louder or softer.
 ;
 ; Run it:  csound inside-csound.csd
-;          (csound -o arpeggio.wav inside-csound.csd writes a sound file)
+;          (writes the sound file inside-csound.wav; to play it live on the
+;          sound card instead:  csound -odac inside-csound.csd)
 <CsOptions>
--odac -d
+-W -o inside-csound.wav -d
 </CsOptions>
 <CsInstruments>
 sr = 44100

@@ -1,27 +1,31 @@
 #!/bin/sh
 # judge.sh -- lets Csound (and a MIDI reader) judge what the examples give.
 #
-#   judge.sh csound SORVEL SOURCE_DIR   every examples/*.sor written as a
-#                                       Csound score, played by judge.orc
-#   judge.sh midi   SORVEL SOURCE_DIR   every examples/*.sor written with -m,
-#                                       read by python3-mido
-#   judge.sh csd    SORVEL SOURCE_DIR   examples/inside-csound.csd, with
-#                                       Sorvel as Csound's score generator
+#   judge.sh csound SORVEL SOURCE_DIR WAV_LEVEL
+#       every examples/*.sor written as a Csound score and rendered to a WAV
+#       file by examples/examples.orc, as the README shows
+#   judge.sh midi   SORVEL SOURCE_DIR
+#       every examples/*.sor written with -m, read by python3-mido
+#   judge.sh csd    SORVEL SOURCE_DIR WAV_LEVEL
+#       examples/inside-csound.csd run as it stands, with Sorvel as Csound's
+#       score generator: it writes its own WAV file
 #
 # Each example says how to run it in its header, on a line
 #     ; Run it:  sorvel [options] NAME.sor NAME.sco
-# and is run with exactly those options. Csound runs headless (-n) and must
-# exit with status 0 and report no error, no warning (a line with too few or
-# too many p-fields for its instrument draws one) and no undefined
-# instrument. Exit status: 0 all good, 1 a failure, 77 the tool is missing
-# (the test is then reported as skipped).
+# and is run with exactly those options. Csound must exit with status 0 and
+# report no error, no warning (a line with too few or too many p-fields for
+# its instrument draws one), no undefined instrument and no sample out of
+# range; WAV_LEVEL (the program wav_level) then reads the samples of the
+# file it wrote, which must not be silent. Exit status: 0 all good, 1 a
+# failure, 77 the tool is missing (the test is then reported as skipped).
 set -u
 mode=$1
 sorvel=$2
 src=$3
+level=${4:-}
 case $sorvel in /*) ;; *) sorvel=$(pwd)/$sorvel ;; esac
 case $src in /*) ;; *) src=$(pwd)/$src ;; esac
-orc=$src/tests/csound/judge.orc
+orc=$src/examples/examples.orc
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/sorvel-judge.XXXXXX") || exit 1
 trap 'rm -rf "$work"' EXIT
@@ -32,10 +36,11 @@ failed=0
 checked=0
 fail() { echo "FAIL: $*"; failed=1; }
 
-# The lines of Csound's messages that tell of a fault in the score.
+# The lines of Csound's messages that tell of a fault in the score, or of
+# samples clipped in the sound file.
 csound_faults() {
-  grep -v -E '^[[:space:]]*0 errors in performance' "$1" |
-    grep -i -E 'sread|error|warning|undefined|deleted|not found|illegal|unexpected'
+  grep -v -E '^[[:space:]]*0 errors in performance|samples out of range:([[:space:]]+0)+[[:space:]]*$' "$1" |
+    grep -i -E 'sread|error|warning|undefined|deleted|not found|illegal|unexpected|out of range'
 }
 
 run_line() { sed -n 's/^;[[:space:]]*Run it:[[:space:]]*sorvel[[:space:]]*//p' "$1" | head -n 1; }
@@ -53,13 +58,15 @@ csound)
     if ! "$sorvel" $opts "$f" "$name.sco" >"$name.msg" 2>&1; then
       fail "$f: sorvel failed"; cat "$name.msg"; continue
     fi
-    csound -n -d -+msg_color=false "$orc" "$name.sco" >"$name.csound" 2>&1
+    csound -W -o "$name.wav" -d -+msg_color=false "$orc" "$name.sco" >"$name.csound" 2>&1
     status=$?
     checked=$((checked + 1))
     faults=$(csound_faults "$name.csound")
     if [ $status -ne 0 ] || [ -n "$faults" ] || ! grep -q 'new alloc for instr' "$name.csound"; then
       fail "$f: Csound exit status $status"
       echo "$faults" | sort | uniq -c | head -n 20
+    elif ! "$level" "$name.wav"; then
+      fail "$f: the sound file is silent or unreadable"
     else
       echo "ok: $f ($(grep -c '^i' "$name.sco") notes played)"
     fi
@@ -101,7 +108,8 @@ PY
   ;;
 csd)
   command -v csound >/dev/null 2>&1 || { echo "csound not found: the .csd is not played"; exit 77; }
-  PATH=$(dirname "$sorvel"):$PATH csound -n -d -+msg_color=false inside-csound.csd >csd.log 2>&1
+  # As a user runs it: the file's own options say where the sound goes.
+  PATH=$(dirname "$sorvel"):$PATH csound -+msg_color=false inside-csound.csd >csd.log 2>&1
   status=$?
   checked=1
   faults=$(csound_faults csd.log)
@@ -111,12 +119,14 @@ csd)
     fail "inside-csound.csd: Sorvel did not run as the score generator"; cat csd.log
   elif ! grep -q 'new alloc for instr 1' csd.log; then
     fail "inside-csound.csd: no note was played"; cat csd.log
+  elif ! "$level" inside-csound.wav; then
+    fail "inside-csound.csd: its sound file is silent or missing"; cat csd.log
   else
     echo "ok: inside-csound.csd ($(grep -c '^B ' csd.log) score events played)"
   fi
   ;;
 *)
-  echo "usage: judge.sh csound|midi|csd SORVEL SOURCE_DIR"; exit 2 ;;
+  echo "usage: judge.sh csound|midi|csd SORVEL SOURCE_DIR [WAV_LEVEL]"; exit 2 ;;
 esac
 
 if [ $checked -eq 0 ] && [ $failed -eq 0 ]; then echo "no example to check"; exit 1; fi

@@ -1,7 +1,10 @@
 #!/bin/sh
 # install.sh -- installs the build into a temporary prefix and checks what
-# a user gets: PREFIX/bin/sorvel turns an example into a score, and
-# PREFIX/share/man/man1/sorvel.1 exists and renders without warnings.
+# a user gets: PREFIX/bin/sorvel turns the installed example into a score;
+# PREFIX/share/doc/sorvel holds the guide, the licence and every example with
+# its orchestra, the same as in the source tree, and every file that the man
+# page's SEE ALSO names; PREFIX/share/man/man1/sorvel.1 exists and renders
+# without warnings.
 #
 #   install.sh CMAKE BUILD_DIR SOURCE_DIR
 #
@@ -24,8 +27,26 @@ page=$prefix/share/man/man1/sorvel.1
 [ -x "$bin" ] || { echo "FAIL: $bin was not installed"; exit 1; }
 [ -f "$page" ] || { echo "FAIL: $page was not installed"; exit 1; }
 
+doc=$prefix/share/doc/sorvel
+for f in docs/guide.md LICENSE; do
+  if ! cmp -s "$src/$f" "$doc/$(basename "$f")"; then echo "FAIL: $doc/$(basename "$f") differs or is missing"; exit 1; fi
+done
+for f in "$src"/examples/*.sor "$src"/examples/*.inc "$src"/examples/*.orc \
+         "$src"/examples/*.csd "$src"/examples/*.md; do
+  name=examples/$(basename "$f")
+  if ! cmp -s "$f" "$doc/$name"; then echo "FAIL: $doc/$name differs or is missing"; exit 1; fi
+done
+# The names in the man page's SEE ALSO (".I name" after ".TP"), relative to
+# the documentation directory.
+see_also=$(sed -n '/^\.SH SEE ALSO/,/^\.SH/{/^\.TP/{n;s/^\.I //p;};}' "$page")
+[ -n "$see_also" ] || { echo "FAIL: the man page's SEE ALSO names no installed file"; exit 1; }
+for name in $see_also; do
+  [ -e "$doc/$name" ] || { echo "FAIL: the man page names $name, which is not in $doc"; exit 1; }
+done
+echo "ok: $doc holds the guide, the licence, $(ls "$doc/examples" | wc -l) example files and all that SEE ALSO names"
+
 cd "$prefix" || exit 1
-if ! "$bin" -s "$src/examples/first.sor" first.sco >run.log 2>&1; then
+if ! "$bin" -s "$doc/examples/first.sor" first.sco >run.log 2>&1; then
   echo "FAIL: the installed sorvel did not run"; cat run.log; exit 1
 fi
 if [ "$(grep -c '^i1 ' first.sco)" -ne 4 ] || [ "$(tail -n 1 first.sco)" != "e" ]; then

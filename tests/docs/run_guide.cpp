@@ -15,7 +15,8 @@
 //       next sorvel block, state what the run must produce.
 //   ```sorvel-file NAME
 //       A further input file (an include file): written as NAME into the
-//       directory of the next sorvel block.
+//       directory of the next sorvel block. NAME may name a subdirectory
+//       (parts/tune.sor), which is made.
 //   ```score
 //       The score's event lines: the score file without its blank lines, its
 //       ";" comment lines and its closing "e" line must equal the block's
@@ -284,6 +285,7 @@ bool check_example(const fs::path& program, const Example& ex, const fs::path& d
 
   fs::create_directories(dir);
   auto write = [&](const std::string& name, const std::vector<std::string>& lines) {
+    fs::create_directories((dir / name).parent_path());
     std::ofstream f(dir / name, std::ios::binary);
     for (const std::string& l : lines) f << l << '\n';
   };

@@ -1,0 +1,2 @@
+" Sorvel input files
+au BufRead,BufNewFile *.sor setfiletype sorvel
