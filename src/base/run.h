@@ -63,6 +63,9 @@ struct Run {
   const char* exp_fname = nullptr;
   std::string tmp_dir;  // where the temporary file is made; empty: TMPDIR, else /tmp
   IncludeOpener* includes = nullptr;  // without one, an include is opened as it stands
+  // The file layer's plain way even where the system offers files without a
+  // name: new files are named from the start (the tests try both ways).
+  bool plain_files = false;
   FILE* fin = nullptr;
   FILE* fout = nullptr;
   FILE* ftmp = nullptr;

@@ -95,11 +95,12 @@ bool NewFile::open_direct(const char* name, const char* mode) {
 // Makes the new file beside target_ with permissions `mode`; returns its
 // descriptor, or -1 with `refused` set when the directory does not take new
 // files (so the file itself may still be written where it is).
-int NewFile::make_beside(unsigned mode, bool& refused) {
+int NewFile::make_beside(unsigned mode, bool plain, bool& refused) {
   refused = false;
+  static_cast<void>(plain);  // no other way where there are no files without a name
   int fd = -1;
 #ifdef SORVEL_ANONYMOUS_FILES
-  if (can_link_anonymous()) {
+  if (!plain && can_link_anonymous()) {
     std::string dir, leaf;
     split_path(target_, dir, leaf);
     fd = ::open(dir.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
@@ -129,7 +130,7 @@ int NewFile::make_beside(unsigned mode, bool& refused) {
   return fd;
 }
 
-bool NewFile::open(const char* name, const char* mode) {
+bool NewFile::open(const char* name, const char* mode, bool plain) {
   drop();
   broken_ = has_old_ = has_new_ = false;
   const Place place = find_place(name);
@@ -149,7 +150,7 @@ bool NewFile::open(const char* name, const char* mode) {
     perms = static_cast<unsigned>(old.st_mode & 07777);
   }
   bool refused = false;
-  const int fd = make_beside(perms, refused);
+  const int fd = make_beside(perms, plain, refused);
   if (fd < 0) {
     // A directory that takes no new files: the file is written where it is.
     if (existed_ && refused) return open_direct(target_.c_str(), mode);

@@ -25,8 +25,9 @@ class NewFile {
 
   // Makes the new file for `name`, to be written with the stdio `mode` ("w"
   // or "wb"). False when the name cannot be written, where opening it for
-  // writing would fail.
-  bool open(const char* name, const char* mode);
+  // writing would fail. `plain`: the new file is named from the start, even
+  // where it need not be.
+  bool open(const char* name, const char* mode, bool plain = false);
 
   FILE* stream() const { return stream_; }
   bool is_open() const { return kind_ != kNone; }
@@ -51,7 +52,7 @@ class NewFile {
   enum Kind { kNone, kDirect, kAnonymous, kNamed };
 
   bool open_direct(const char* name, const char* mode);
-  int make_beside(unsigned mode, bool& refused);
+  int make_beside(unsigned mode, bool plain, bool& refused);
 
   Kind kind_ = kNone;
   FILE* stream_ = nullptr;

@@ -19,7 +19,7 @@ FILE* open_named(Run& run, const char* name, const char* mode) {
 }
 
 bool open_new(Run& run, NewFile& file, const char* name, const char* mode, FILE*& stream) {
-  if (!file.open(name, mode)) {
+  if (!file.open(name, mode, run.plain_files)) {
     std::fprintf(run.screen, "\nERROR: Can't open \"%s\".\n\n", name);
     return false;
   }
@@ -41,7 +41,7 @@ int RunFiles::open_all() {
   if (!(run_.fin = open_named(run_, run_.in_fname, "r"))) return 1;
   if (!open_new(run_, out_, run_.out_fname, run_.MKMIDI ? "wb" : "w", run_.fout)) return 1;
   if (run_.MKEXP && !open_new(run_, exp_, run_.exp_fname, "w", run_.fecho)) return 1;
-  run_.ftmp = open_temporary(temporary_directory(run_.tmp_dir), tmp_leftover_);
+  run_.ftmp = open_temporary(temporary_directory(run_.tmp_dir), tmp_leftover_, run_.plain_files);
   if (!run_.ftmp) {
     std::fputs("\nERROR: Can't open temporary file\n\n", run_.screen);
     return 1;

@@ -21,12 +21,13 @@ std::string temporary_directory(const std::string& dir) {
   return env && *env ? env : "/tmp";
 }
 
-FILE* open_temporary(const std::string& dir, std::string& leftover) {
+FILE* open_temporary(const std::string& dir, std::string& leftover, bool plain) {
   leftover.clear();
+  static_cast<void>(plain);  // no other way where there are no files without a name
   int fd = -1;
 #ifdef SORVEL_ANONYMOUS_FILES
-  fd = open(dir.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-  if (fd < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) return nullptr;
+  if (!plain) fd = open(dir.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+  if (!plain && fd < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) return nullptr;
 #endif
   if (fd < 0) {
     const std::string templ = dir + "/sorvelXXXXXX";

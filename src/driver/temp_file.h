@@ -15,7 +15,8 @@ std::string temporary_directory(const std::string& dir);
 
 // Makes the file in `dir` and returns it open for writing and reading, or
 // nullptr. Where the system cannot remove an open file's name, the name is
-// left in `leftover`, to be removed when the run ends.
-FILE* open_temporary(const std::string& dir, std::string& leftover);
+// left in `leftover`, to be removed when the run ends. `plain`: made with a
+// name and then removed, even where it could be made without one.
+FILE* open_temporary(const std::string& dir, std::string& leftover, bool plain = false);
 
 }  // namespace sorvel
