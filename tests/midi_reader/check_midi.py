@@ -96,6 +96,7 @@ CASES = {
     'skipped': None,
     'fourpf': FAILS,
     'fourrest': FAILS,
+    'full_midi': FAILS,
 }
 
 # examples/midi.sor: 96 beats a minute, so an eighth lasts 0.3125 s, a quarter
@@ -300,6 +301,8 @@ def main():
                 continue
             with open(os.path.join(case_dir, name + '.args')) as fh:
                 args = fh.read().split()
+            if os.path.isabs(args[-1]):
+                continue  # a device, such as /dev/full: nothing to read
             out = os.path.join(work, args[-1])
             if os.path.exists(out):
                 os.remove(out)
