@@ -33,6 +33,8 @@ void split_path(const std::string& path, std::string& dir, std::string& leaf) {
 bool follow_links(const char* name, std::string& path) {
   path = name;
   for (int hops = 0; hops <= kMaxLinks; ++hops) {
+    // The links of /proc name open descriptors, not paths: they stay as they are.
+    if (path.rfind("/proc/", 0) == 0) return true;
     struct stat st;
     if (lstat(path.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) return true;
     if (hops == kMaxLinks) break;
@@ -54,6 +56,9 @@ bool follow_links(const char* name, std::string& path) {
 Place find_place(const char* name) {
   Place p;
   if (!follow_links(name, p.path)) return p;
+  // The descriptors of a process (where /dev/stdout leads) are not files
+  // that a name can be given to: they are written as they stand.
+  if (p.path.rfind("/proc/", 0) == 0) return p;
   std::string dir;
   split_path(p.path, dir, p.leaf);
   struct stat st;

@@ -12,7 +12,8 @@ namespace sorvel {
 
 struct Place {
   std::string path;     // the name with its symbolic links followed
-  bool known = false;   // false: a loop of links, a missing directory, a name like "."
+  bool known = false;   // false: a loop of links, a missing directory, a name like ".",
+                        // a link into /proc (such as /dev/stdout)
   bool exists = false;  // the file exists (dev and ino are its own)
   bool regular = false; // ... and is a regular file
   // The file's identity, or, when it does not exist, its directory's.
@@ -21,7 +22,7 @@ struct Place {
 };
 
 // The name with its symbolic links followed (at most 40 of them; false for
-// more, or when a link cannot be read).
+// more, or when a link cannot be read). A path into /proc is not followed.
 bool follow_links(const char* name, std::string& path);
 
 // The directory part of a path ("." when it has none) and its last component.
