@@ -7,6 +7,7 @@
 // which is what systems without such files get.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -303,6 +304,55 @@ TEST_P(Files, TheTemporaryFileGoesWhereTmpdirSays) {
   else
     unsetenv("TMPDIR");
   EXPECT_FALSE(fs::exists(path("out.sco")));
+}
+
+// Permissions, tried as an ordinary user (a child of this test that gives up
+// root; skipped when the test does not run as root). A score that can be
+// written in a directory that takes no new files is written where it is, as
+// it always was; a score that cannot be written is "Can't open", and stays.
+TEST(FilesAsAUser, ADirectoryThatTakesNoNewFilesAndAScoreThatCannotBeWritten) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
+  const uid_t nobody = 65534;
+  const std::string dir = make_dir("files-user"), tmp = make_dir("files-user-tmp");
+  ASSERT_EQ(chmod(dir.c_str(), 0755), 0);
+  ASSERT_EQ(chown(tmp.c_str(), nobody, nobody), 0);
+  std::ofstream(dir + "/in.sor") << kBlock;
+  std::ofstream(dir + "/open.sco") << "a score the user may write\n";
+  std::ofstream(dir + "/shut.sco") << "a score the user may not write\n";
+  ASSERT_EQ(chown((dir + "/open.sco").c_str(), nobody, nobody), 0);
+  ASSERT_EQ(chmod((dir + "/shut.sco").c_str(), 0644), 0);
+
+  auto run_as_nobody = [&](const char* out) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+      static FILE* sink = std::fopen("/dev/null", "w");
+      if (setgid(nobody) != 0 || setuid(nobody) != 0 || chdir(dir.c_str()) != 0) _exit(126);
+      sorvel::Run r;
+      r.screen = r.console = sink;
+      r.tmp_dir = tmp;
+      std::string a0 = "sorvel", a1 = "-s", a2 = "in.sor", a3 = out;
+      char* argv[] = {a0.data(), a1.data(), a2.data(), a3.data(), nullptr};
+      _exit(run_sorvel(r, 4, argv));
+    }
+    int status = -1;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  };
+  EXPECT_EQ(run_as_nobody("open.sco"), 0);
+  std::ifstream in(dir + "/open.sco");
+  std::string first;
+  std::getline(in, first);
+  std::getline(in, first);
+  EXPECT_EQ(first, ";I-block #1 (i1):");
+  EXPECT_EQ(run_as_nobody("shut.sco"), 1);
+  std::ifstream shut(dir + "/shut.sco");
+  std::getline(shut, first);
+  EXPECT_EQ(first, "a score the user may not write");
+  EXPECT_EQ(run_as_nobody("new.sco"), 1);  // a new file cannot be made
+  EXPECT_FALSE(fs::exists(dir + "/new.sco"));
+  EXPECT_TRUE(fs::is_empty(tmp));
+  fs::remove_all(dir);
+  fs::remove_all(tmp);
 }
 
 }  // namespace
