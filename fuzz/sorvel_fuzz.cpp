@@ -1,17 +1,25 @@
 // Fuzz target: one whole Sorvel run on the fuzzed bytes.
 //
-// The first byte chooses the options (-m -s -t -x -l); the rest is the input
-// file. Runs happen in a private directory that also holds two include files,
-// so "#include |inc1.sor|" (and the input including itself) reach real files.
-// After every run the directory must hold nothing but what the run is allowed
-// to leave: a leftover temporary file is reported as a crash.
+// The first byte chooses the options (-m -s -t -x -l) and the files around
+// the run: whether a previous score is there, whether the output is named
+// through a symbolic link, whether the file layer works the plain way (new
+// files named from the start); the rest is the input file. Runs happen in a
+// private directory that also holds two include files, so "#include
+// |inc1.sor|" (and the input including itself, or including one of the run's
+// own files) reach real files. After every run the directory must hold
+// nothing but what the run is allowed to leave, a failed run must have left
+// the previous score as it was (or none), and the temporary directory must
+// be empty: anything else is reported as a crash. The private directory is
+// removed when the fuzzer exits.
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,7 +28,10 @@
 namespace {
 
 std::string g_dir;   // the private directory of the runs
+std::string g_tmp;   // the runs' temporary directory, inside it: always empty
 std::string g_home;  // the fuzzer's own working directory
+
+const char* const kPrevious = "; the score of an earlier run\n";
 
 void write_file(const char* name, const void* data, size_t size) {
   FILE* f = std::fopen(name, "wb");
@@ -29,44 +40,88 @@ void write_file(const char* name, const void* data, size_t size) {
   std::fclose(f);
 }
 
+// The whole of a file; false when it cannot be read.
+bool read_file(const char* name, std::string& text) {
+  FILE* f = std::fopen(name, "rb");
+  if (!f) return false;
+  text.clear();
+  char buf[4096];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) text.append(buf, n);
+  std::fclose(f);
+  return true;
+}
+
+bool exists(const char* name) {
+  struct stat st;
+  return lstat(name, &st) == 0;
+}
+
+void fail(const char* what) {
+  std::fprintf(stderr, "%s\n", what);
+  std::abort();
+}
+
 const char* const kInclude1 =
     "; an include file\n#define TWO(a'b) #$a $b#\n#const K 2.5\n"
     "te(90)\n";
 const char* const kInclude2 = "#include |inc1.sor|\n> f1 0 16 10 1\n";
 
+void remove_scratch() {
+  std::error_code ec;
+  std::filesystem::remove_all(g_dir, ec);
+}
+
 void setup() {
   char templ[] = "/tmp/sorvel-fuzz-XXXXXX";
   if (!mkdtemp(templ)) std::abort();
   g_dir = templ;
+  g_tmp = g_dir + "/tmp";
   char* here = getcwd(nullptr, 0);
   if (!here) std::abort();
   g_home = here;
   std::free(here);
-  if (chdir(templ) != 0) std::abort();
+  if (chdir(templ) != 0 || mkdir("tmp", 0700) != 0) std::abort();
   write_file("inc1.sor", kInclude1, std::strlen(kInclude1));
   write_file("inc2.sor", kInclude2, std::strlen(kInclude2));
+  if (symlink("out.sco", "link.sco") != 0) std::abort();
   if (chdir(g_home.c_str()) != 0) std::abort();
+  std::atexit(remove_scratch);
 }
 
 // Files a run may leave in the directory.
 bool allowed(const char* name) {
-  static const char* const kNames[] = {".",       "..",      "inc1.sor", "inc2.sor",
-                                       "in.sor",  "out.sco", "run.log",  "run.x"};
+  static const char* const kNames[] = {".",      "..",      "inc1.sor", "inc2.sor", "in.sor",
+                                       "out.sco", "run.log", "run.x",    "link.sco", "tmp"};
   for (const char* n : kNames)
     if (std::strcmp(name, n) == 0) return true;
   return false;
 }
 
-void check_directory() {
-  DIR* d = opendir(".");
+void check_directory(const char* path, bool empty) {
+  DIR* d = opendir(path);
   if (!d) std::abort();
   while (dirent* e = readdir(d)) {
-    if (!allowed(e->d_name)) {
-      std::fprintf(stderr, "left behind: %s\n", e->d_name);
+    const bool dots = std::strcmp(e->d_name, ".") == 0 || std::strcmp(e->d_name, "..") == 0;
+    if (empty ? !dots : !allowed(e->d_name)) {
+      std::fprintf(stderr, "left behind in %s: %s\n", path, e->d_name);
       std::abort();
     }
   }
   closedir(d);
+}
+
+// What a run leaves: the previous score after a failure, a score after a
+// success; a log and an expansion file only when asked for.
+void check_outputs(int status, bool previous, bool log, bool expansion) {
+  std::string text;
+  const bool out = read_file("out.sco", text);
+  if (status != 0 && previous && (!out || text != kPrevious)) fail("a failed run changed the score");
+  if (status != 0 && !previous && out) fail("a failed run left a score");
+  if (status == 0 && !out) fail("a run that succeeded left no score");
+  if (!log && exists("run.log")) fail("a log without -l");
+  if (!expansion && exists("run.x")) fail("an expansion file without -x");
+  if (!exists("link.sco")) fail("the link to the score is gone");
 }
 
 }  // namespace
@@ -82,6 +137,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     --size;
   }
   write_file("in.sor", data, size);
+  for (const char* name : {"out.sco", "run.log", "run.x"}) std::remove(name);
+  const bool previous = flags & 32;
+  if (previous) write_file("out.sco", kPrevious, std::strlen(kPrevious));
 
   std::vector<std::string> args{"sorvel"};
   if (flags & 1) args.push_back("-m");
@@ -90,7 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (flags & 8) args.push_back("-xrun.x");
   if (flags & 16) args.push_back("-lrun.log");
   args.push_back("in.sor");
-  args.push_back("out.sco");
+  args.push_back(flags & 128 ? "link.sco" : "out.sco");
   std::vector<char*> argv;
   for (std::string& a : args) argv.push_back(a.data());
   argv.push_back(nullptr);
@@ -99,10 +157,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   sorvel::Run run;
   run.screen = sink;
   run.console = sink;
-  run.tmp_dir = g_dir;
+  run.tmp_dir = g_tmp;
+  run.plain_files = flags & 64;
   run.MAX_EVENTS = 20000;  // keeps each run fast; the limit itself is what is tested
-  sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data());
-  check_directory();
+  const int status = sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data());
+  check_directory(".", false);
+  check_directory("tmp", true);
+  check_outputs(status, previous, flags & 16, flags & 8);
   if (chdir(g_home.c_str()) != 0) std::abort();
   return 0;
 }

@@ -90,8 +90,8 @@ float mk_rval(Rng& rng, int code, float low, float high) {
 
 // The window of `width` centred on the position, slid back inside [0, 1] at
 // either edge. A width of 0 draws nothing; a million misses in a row (a window
-// that no draw can hit) leave the walk where it is.
-float rwindow(Rng& rng, float width, float& position) {
+// that no draw can hit) leave the walk where it is, stalled.
+float rwindow(Rng& rng, float& width, float& position) {
   float old = position;
   if (width == 0.0f) return old;
   double half = static_cast<double>(width) * 0.5;
@@ -116,13 +116,14 @@ float rwindow(Rng& rng, float width, float& position) {
     const float margin = below < above ? below : above;
     if (margin >= 0.0f) {
       position = u;
-      break;
+      return old;
     }
   }
+  width = 0.0f;
   return old;
 }
 
-float rand_window(Rng& rng, float low, float high, float width, float& position) {
+float rand_window(Rng& rng, float low, float high, float& width, float& position) {
   float step = rwindow(rng, width, position);
   return low + (high - low) * step;
 }

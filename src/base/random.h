@@ -45,9 +45,12 @@ float beta(Rng& rng);
 // exponential, 6 beta); 0.0 for a code above 6.
 float mk_rval(Rng& rng, int code, float low, float high);
 
-// One random-walk step: returns the position as it was and stores the new one.
-float rwindow(Rng& rng, float width, float& position);
-float rand_window(Rng& rng, float low, float high, float width, float& position);
+// One random-walk step: returns the position as it was and stores the new
+// one. A walk whose draws miss its window a million times in a row is
+// stalled: its width becomes 0, so from then on it draws nothing and keeps
+// its position.
+float rwindow(Rng& rng, float& width, float& position);
+float rand_window(Rng& rng, float low, float high, float& width, float& position);
 
 // A random index into n weights, chosen by weight. One draw comes first,
 // whatever n is. A draw above the running total of all the weights (they need

@@ -37,6 +37,17 @@ struct Constant {
   double value = 0.0;
 };
 
+// How a run opens the files its input names: the include pass asks it for
+// each include file, and it may refuse one (nullptr). The driver's file
+// layer provides it.
+class IncludeOpener {
+ public:
+  virtual FILE* open_include(const char* name) = 0;
+
+ protected:
+  ~IncludeOpener() = default;
+};
+
 struct Run {
   // Command-line flags (0 off, 1 on).
   int MKLOG = 0;        // -l: copy every message into the log
@@ -50,8 +61,11 @@ struct Run {
   const char* out_fname = nullptr;
   const char* log_fname = nullptr;
   const char* exp_fname = nullptr;
-  std::string tmp_fname;
-  std::string tmp_dir = "/tmp";  // where the temporary file is made
+  std::string tmp_dir;  // where the temporary file is made; empty: TMPDIR, else /tmp
+  IncludeOpener* includes = nullptr;  // without one, an include is opened as it stands
+  // The file layer's plain way even where the system offers files without a
+  // name: new files are named from the start (the tests try both ways).
+  bool plain_files = false;
   FILE* fin = nullptr;
   FILE* fout = nullptr;
   FILE* ftmp = nullptr;

@@ -1,8 +1,6 @@
 #include "driver/options.h"
 
-#include <cstring>
-#include <filesystem>
-#include <system_error>
+#include "driver/places.h"
 
 #ifndef SORVEL_BUILD_DATE
 #define SORVEL_BUILD_DATE "Nov 21 2026"
@@ -19,14 +17,6 @@ namespace {
 
 void print_banner_line(FILE* stream) {
   std::fprintf(stream, "\nSorvel (%s, %s, %s)\n", VERSION, SORVEL_BUILD_DATE, SORVEL_BUILD_TIME);
-}
-
-// Names that are equal, or that name one existing file.
-bool same_file(const char* a, const char* b) {
-  if (std::strcmp(a, b) == 0) return true;
-  std::error_code ec;
-  bool same = std::filesystem::equivalent(a, b, ec);
-  return !ec && same;
 }
 
 int usage_failure(Run& run) {

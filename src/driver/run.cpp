@@ -1,14 +1,12 @@
 #include "driver/run.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <new>
 #include <string>
-#include <vector>
 
 #include "base/diag.h"
 #include "driver/options.h"
+#include "driver/run_files.h"
 #include "global/gblock.h"
 #include "iblock/iblock.h"
 #include "input/includes.h"
@@ -23,73 +21,13 @@ namespace sorvel {
 
 namespace {
 
-void close_stream(FILE*& f) {
-  if (f) std::fclose(f);
-  f = nullptr;
-}
-
-void remove_tmp(Run& run) {
-  if (run.tmp_fname.empty()) return;
-  std::remove(run.tmp_fname.c_str());
-  run.tmp_fname.clear();
-}
-
-// Closes whatever is open and removes the temporary file: used when the run
-// ends before its main loop could start.
-void abandon(Run& run) {
-  close_stream(run.fin);
-  close_stream(run.fout);
-  close_stream(run.ftmp);
-  close_stream(run.fecho);
-  close_stream(run.fllog);
-  remove_tmp(run);
-}
-
-FILE* open_named(Run& run, const char* name, const char* mode) {
-  FILE* f = std::fopen(name, mode);
-  if (!f) std::fprintf(run.screen, "\nERROR: Can't open \"%s\".\n\n", name);
-  return f;
-}
-
-// Creates the temporary file with a unique name that no one else can have
-// opened, and opens it for writing.
-FILE* open_tmp(Run& run) {
-  std::string templ = run.tmp_dir + "/sorvelXXXXXX";
-  std::vector<char> name(templ.begin(), templ.end());
-  name.push_back('\0');
-  int fd = mkstemp(name.data());
-  if (fd < 0) return nullptr;
-  run.tmp_fname = name.data();
-  FILE* f = fdopen(fd, "w");
-  if (!f) {
-    close(fd);
-    remove_tmp(run);
-  }
-  return f;
-}
-
-int open_files(Run& run) {
-  if (!(run.fin = open_named(run, run.in_fname, "r"))) return 1;
-  if (!(run.fout = open_named(run, run.out_fname, run.MKMIDI ? "wb" : "w"))) return 1;
-  if (run.MKEXP && !(run.fecho = open_named(run, run.exp_fname, "w"))) return 1;
-  if (!(run.ftmp = open_tmp(run))) {
-    std::fputs("\nERROR: Can't open temporary file\n\n", run.screen);
-    return 1;
-  }
-  if (run.MKLOG && !(run.fllog = open_named(run, run.log_fname, "w"))) return 1;
-  return 0;
-}
-
-void clean_up(Run& run, Block* block) {
+// Frees the run-wide lists and ends the run's files: true when the run
+// ended well (`ok`) and every file was written and put in place.
+bool clean_up(Run& run, Block* block, RunFiles& files, bool ok) {
   if (block) block->note_list.FreeListNodes();
   run.macro_list.clear();
   run.var_list.clear();
-  close_stream(run.fin);
-  close_stream(run.fout);
-  close_stream(run.fecho);
-  close_stream(run.fllog);
-  close_stream(run.ftmp);
-  remove_tmp(run);
+  return files.finish(ok);
 }
 
 // Parses one i-block and writes it. Returns 0 or a positive error number.
@@ -137,15 +75,17 @@ int do_iblock(Ctx& c, int& block_no) {
 
 // The main loop over g-blocks and i-blocks, once the temporary file is open
 // for reading. Returns the exit status.
-int run_blocks(Run& run) {
+int run_blocks(Run& run, RunFiles& files) {
   Source src(run, run.fin);
   Block block(run.MAX_EVENTS);
   Pfield pfield;
   Ctx c{run, block, pfield, src};
 
+  // A read of the temporary file that failed ends the input early: that,
+  // not what the parsers made of it, is the error.
   auto fail = [&](int number) {
-    error_no(run, number, src.line, src.buffer, src.pos);
-    clean_up(run, &block);
+    error_no(run, files.read_failed() ? 9 : number, src.line, src.buffer, src.pos);
+    clean_up(run, &block, files, false);
     return 1;
   };
 
@@ -156,12 +96,17 @@ int run_blocks(Run& run) {
       if (r > 0) return fail(r);
       r = do_iblock(c, block_no);
       if (r > 0) return fail(r);
+      if (files.write_failed()) {
+        clean_up(run, &block, files, false);
+        return 1;
+      }
+      if (files.read_failed()) return fail(9);
       if (src.at_eof() && src.at_line_end()) {
         if (!ifdef_match(run)) return fail(119);
         break;
       }
       if (run.MKMIDI) {
-        clean_up(run, &block);
+        if (!clean_up(run, &block, files, true)) return 1;
         std::fputs("\n", run.screen);
         return 0;
       }
@@ -172,7 +117,7 @@ int run_blocks(Run& run) {
   } catch (const std::bad_alloc&) {
     return fail(32);
   }
-  clean_up(run, &block);
+  if (!clean_up(run, &block, files, true)) return 1;
   std::fputs("\n", run.screen);
   return 0;
 }
@@ -182,8 +127,14 @@ int run_blocks(Run& run) {
 int run_sorvel(Run& run, int argc, char** argv) {
   if (get_options(run, argc, argv)) return 1;
   if (check_fnames(run)) return 1;
-  if (open_files(run)) {
-    abandon(run);
+  RunFiles files(run);
+  run.includes = &files;
+  struct Detach {  // the file layer lives as long as this call
+    Run& run;
+    ~Detach() { run.includes = nullptr; }
+  } detach{run};
+  if (files.open_all()) {
+    files.finish(false);
     return 1;
   }
   print_info(run.screen, run);
@@ -198,18 +149,15 @@ int run_sorvel(Run& run, int argc, char** argv) {
     r = 1;
   }
   if (r > 0) {
-    clean_up(run, nullptr);
+    clean_up(run, nullptr, files, false);
     return 1;
   }
-  close_stream(run.fin);
-  close_stream(run.ftmp);
-  run.fin = std::fopen(run.tmp_fname.c_str(), "r");
-  if (!run.fin) {
-    error_no(run, 9, 0, "", 0);
-    clean_up(run, nullptr);
+  if (int e = files.read_back()) {
+    error_no(run, e, 0, "", 0);
+    clean_up(run, nullptr, files, false);
     return 1;
   }
-  return run_blocks(run);
+  return run_blocks(run, files);
 }
 
 }  // namespace sorvel

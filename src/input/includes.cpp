@@ -1,7 +1,5 @@
 #include "input/includes.h"
 
-#include <sys/stat.h>
-
 #include "base/chars.h"
 #include "base/diag.h"
 
@@ -51,21 +49,13 @@ int read_include_name(Run& run, FILE* source, char (&name)[kNameMax + 1]) {
   return 0;
 }
 
-// Regular files and directories (which read as empty) can be included; a
-// device or a pipe could feed the copy without end, or never answer.
-bool includable(const char* name) {
-  struct stat st;
-  if (stat(name, &st) != 0) return true;  // fopen reports it
-  return S_ISREG(st.st_mode) || S_ISDIR(st.st_mode);
-}
-
 // Splices the file named by the directive just read into tmp.
 int include_file(Run& run, FILE* source, FILE* tmp, int& counter) {
   char name[kNameMax + 1];
   int r = read_include_name(run, source, name);
   if (r) return r;
   long mark = std::ftell(source);
-  FILE* f = includable(name) ? std::fopen(name, "r") : nullptr;
+  FILE* f = run.includes ? run.includes->open_include(name) : std::fopen(name, "r");
   if (!f) {
     Mprintf(run, "\nBad include file name: \"%s\"\n\n", name);
     return 999;

@@ -170,10 +170,10 @@ float first_in(Twin& twin, float lo, float hi) {
 TEST(Rwindow, EachStepReturnsThePositionBeforeIt) {
   Rng rng = seeded(17);
   Twin twin(17);
-  float pos = 0.5f, before = 0.5f;
+  float pos = 0.5f, before = 0.5f, width = 1.0f;
   for (int i = 0; i < 200; ++i) {  // width 1 from the middle: the first draw wins
     const float draw = twin.u();
-    ASSERT_EQ(rwindow(rng, 1.0f, pos), before);
+    ASSERT_EQ(rwindow(rng, width, pos), before);
     ASSERT_EQ(pos, draw);
     before = draw;
   }
@@ -193,16 +193,18 @@ TEST(Rwindow, WindowSlidesInsideAtEitherEdgeAndIsRoundedFromDouble) {
     Rng rng = seeded(c.seed);
     Twin twin(c.seed);
     for (int i = 0; i < 50; ++i) {
-      float pos = c.pos;
-      EXPECT_EQ(rwindow(rng, 0.2f, pos), c.pos);
+      float pos = c.pos, width = 0.2f;
+      EXPECT_EQ(rwindow(rng, width, pos), c.pos);
       ASSERT_EQ(pos, first_in(twin, c.lo, c.hi)) << c.seed;
     }
     EXPECT_EQ(rng.rand(), twin.rng.rand());
   }
 }
 
-TEST(Rwindow, AWindowNoDrawCanHitEnds) {
-  // Width 0 draws nothing; a negative or NaN width misses a million times.
+TEST(Rwindow, AWindowNoDrawCanHitStallsTheWalk) {
+  // Width 0 draws nothing; a negative or NaN width misses a million times
+  // once, and from then on the walk is stalled: width 0, nothing drawn, the
+  // position kept.
   const struct {
     float width;
     int draws;
@@ -210,12 +212,28 @@ TEST(Rwindow, AWindowNoDrawCanHitEnds) {
   for (const auto& c : cases) {
     Rng rng = seeded(13);
     Twin twin(13);
-    float pos = 0.3f;
-    EXPECT_EQ(rwindow(rng, c.width, pos), 0.3f);
-    EXPECT_EQ(pos, 0.3f);
+    float pos = 0.3f, width = c.width;
+    for (int step = 0; step < 3; ++step) {
+      EXPECT_EQ(rwindow(rng, width, pos), 0.3f);
+      EXPECT_EQ(pos, 0.3f);
+      EXPECT_EQ(width, 0.0f);
+    }
     for (int i = 0; i < c.draws; ++i) twin.rng.rand();
     EXPECT_EQ(rng.rand(), twin.rng.rand()) << c.width;
   }
+}
+
+TEST(Rwindow, AHitAfterManyMissesKeepsTheWalkGoing) {
+  // A window of 1/100 from the middle: about a hundred misses, then a hit;
+  // the walk moves and its width stays.
+  Rng rng = seeded(5);
+  Twin twin(5);
+  float pos = 0.5f, width = 0.01f;
+  const float lo = static_cast<float>(0.5 - static_cast<double>(width) * 0.5);
+  const float hi = static_cast<float>(0.5 + static_cast<double>(width) * 0.5);
+  EXPECT_EQ(rwindow(rng, width, pos), 0.5f);
+  EXPECT_EQ(pos, first_in(twin, lo, hi));
+  EXPECT_EQ(width, 0.01f);
 }
 
 }  // namespace

@@ -12,8 +12,14 @@
 //   NAME.sco, NAME.mid, NAME.log, NAME.x
 //                each one present must equal the file of that name that the
 //                run leaves in its directory
+//   NAME.sco.old (and likewise for the others)
+//                a file that a previous run left: it is in the directory as
+//                NAME.sco when the run starts
 // Every other file of DIR (inputs, include files) is copied into a fresh
 // temporary directory, in which sorvel runs; the directory is removed after.
+// The run must leave every file it found as it was, unless an expected file
+// names it, and may leave no new file but its own outputs: none at all when
+// it fails (a failed run leaves the previous output, or none).
 // Exit status: 0 when everything matches, 1 when something differs, 2 when
 // the case itself is incomplete or the run could not be made.
 #include <fcntl.h>
@@ -28,6 +34,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <set>
 #include <sstream>
@@ -129,8 +136,18 @@ bool same(const std::string& what, const std::string& want, const std::string& g
 }
 
 bool is_result_file(const fs::path& file, const std::set<std::string>& results) {
-  static const std::set<std::string> kinds = {".err", ".status", ".stdout", ".args"};
+  static const std::set<std::string> kinds = {".err", ".status", ".stdout", ".args", ".old"};
   return kinds.count(file.extension().string()) || results.count(file.filename().string());
+}
+
+// The regular files at the top of a directory, with their contents.
+std::map<std::string, std::string> snapshot(const fs::path& dir) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (entry.is_directory()) continue;
+    files[entry.path().filename().string()] = read_file(entry.path()).value_or("(unreadable)");
+  }
+  return files;
 }
 
 int run_case(const fs::path& program, const fs::path& sor, const fs::path& work) {
@@ -163,6 +180,11 @@ int run_case(const fs::path& program, const fs::path& sor, const fs::path& work)
     if (is_result_file(entry.path(), results)) continue;
     fs::copy(entry.path(), work / entry.path().filename(), fs::copy_options::recursive);
   }
+  for (const char* ext : {".sco", ".mid", ".log", ".x"}) {
+    const fs::path old = dir / (name + ext + ".old");
+    if (fs::exists(old)) fs::copy_file(old, work / (name + ext));
+  }
+  const std::map<std::string, std::string> before = snapshot(work);
 
   std::vector<std::string> args = {name + ".sor", name + ".sco"};
   if (auto text = read_file(dir / (name + ".args"))) args = split_words(*text);
@@ -199,6 +221,29 @@ int run_case(const fs::path& program, const fs::path& sor, const fs::path& work)
       continue;
     }
     ok = same(file, *want, *got) && ok;
+  }
+  // What else the run left, changed or removed.
+  std::set<std::string> own_outputs;
+  for (const char* ext : {".sco", ".mid", ".log", ".x"}) own_outputs.insert(name + ext);
+  if (!args.empty()) own_outputs.insert(args.back());
+  const std::map<std::string, std::string> after = snapshot(work);
+  for (const auto& [file, text] : after) {
+    if (fs::exists(dir / file) && results.count(file)) continue;  // compared above
+    auto was = before.find(file);
+    if (was == before.end()) {
+      if (want_status == 0 && own_outputs.count(file)) continue;
+      std::printf("MISMATCH: the run left %s\n", file.c_str());
+      ok = false;
+    } else if (was->second != text) {
+      std::printf("MISMATCH: the run changed %s\n", file.c_str());
+      ok = false;
+    }
+  }
+  for (const auto& [file, text] : before) {
+    if (!after.count(file)) {
+      std::printf("MISMATCH: the run removed %s\n", file.c_str());
+      ok = false;
+    }
   }
   if (!ok) {
     std::printf("case %s failed (arguments:", label.c_str());

@@ -184,7 +184,8 @@ TEST_F(Driver, FilesThatCannotBeOpened) {
   const std::string in = path("a.sor"), out = path("out.sco");
   const std::string nowhere = path("no/such/dir");
   expect_refused({in, nowhere + ".sco"}, "\nERROR: Can't open \"" + nowhere + ".sco\".\n\n");
-  // Later opens fail after the output was made; nothing else may stay behind.
+  // Later opens fail after the output was made ready: the failed run puts
+  // no output in place, and nothing else may stay behind.
   for (const char* opt : {"-x", "-l"}) {
     Result r = run({opt, nowhere + ".f", in, out});
     EXPECT_EQ(r.status, 1);
@@ -193,6 +194,7 @@ TEST_F(Driver, FilesThatCannotBeOpened) {
   Result r = run({in, out}, path("missing-dir"));
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.screen, "\nERROR: Can't open temporary file\n\n");
+  EXPECT_FALSE(fs::exists(out));
 }
 
 TEST_F(Driver, ADirectoryAsInputReadsAsEmpty) {

@@ -299,6 +299,22 @@ TEST_F(Hostile, ATempoMapOfAHundredThousandChanges) {
   EXPECT_EQ(events, 500000u);
 }
 
+TEST_F(Hostile, WalksThatNeverHitTheirWindowStall) {
+  // A window of 1e-9 where floats lie 3e-8 apart: each walk misses a million
+  // times once and then stays put. Before, every event cost a million draws
+  // (minutes for this block, hours at the event limit).
+  run("i1 = 4 0 -100000 {\np2 1\np3 1\np4 rw(T 1 [0 1] .000000001 .3)\n}\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_NE(screen.find("100000 events generated in block #1 (i1)."), std::string::npos);
+  // Each alternative has its own walk, in p2 as in later p-fields.
+  run("i1 = 4 0 -100000 {\n"
+      "p2 rw(T .5 [1 2] .000000001 1.3 .5 [1 2] .000000001 1.7)\n"
+      "p3 1\n"
+      "p4 rw(T .3 [0 1] .000000001 .3 .3 [0 1] .000000001 .6 .4 [0 1] .000000001 .9)\n}\n");
+  EXPECT_EQ(status, 0) << error();
+  EXPECT_NE(screen.find("100000 events generated in block #1 (i1)."), std::string::npos);
+}
+
 // Two hundred thousand notes that all sound to the end of the block, with
 // starts that step back now and then: placing their note-offs by walking
 // forward from each note would take some 10^10 steps.

@@ -21,4 +21,5 @@ fi
 if ! tail -c ${#expected} err.txt | cmp -s - <(printf '%s' "$expected"); then
   echo "unexpected ending:"; tail -5 err.txt | cat -A; exit 1
 fi
-echo "ok: error 32 under a 300 MB limit"
+if [ -e big.sco ]; then echo "the failed run left big.sco"; exit 1; fi
+echo "ok: error 32 under a 300 MB limit, and no score"
