@@ -53,7 +53,9 @@ function makeInput(g) {
   };
   // A value source for a p-field of the given kind, in the "re" input type.
   const range = (lo, hi) => `[${g.pick(DISTRIBUTIONS)} ${g.num(lo, hi)} ${g.num(lo, hi)}]`;
-  const ddf = (lo, hi) => {
+  let wide = false;  // long blocks and large values: the last bits of a curve show
+  const ddf = (lo0, hi0) => {
+    const lo = wide ? lo0 * 200 : lo0, hi = wide ? hi0 * 200 : hi0;
     switch (g.int(0, 7)) {
       case 0: case 1: {
         const n = g.int(1, 3);
@@ -99,13 +101,17 @@ function makeInput(g) {
   const blocks = g.int(1, 3);
   for (let b = 0; b < blocks; b++) {
     const np = g.int(5, 10);
-    const events = g.int(5, 120);
+    wide = g.next() < 0.1;
+    const events = wide ? g.int(200, 1500) : g.int(5, 120);
     byEvents = g.next() < 0.6;
     const header = byEvents ? `-${events}` : String(g.int(2, 30));
     lines.push(`i${g.int(1, 9)} = ${np} ${g.int(0, 4)} ${header} {`);
+    const wideBlock = wide;
+    wide = false;  // rhythms and durations stay modest
     const p2 = g.pick(['1', '.25 .5', 'rh 8 16 8.', ddf(0.05, 1), `mo(T 1 ${curve()} .1 .6)`]);
     lines.push(`  p2${g.next() < 0.3 ? `(re${g.int(0, 7)})` : ''} ${p2}`);
     lines.push(`  p3${g.next() < 0.3 ? `(re${g.int(0, 7)})` : ''} ${g.pick(['1', ddf(0.01, 3), '.5 1.5'])}`);
+    wide = wideBlock;
     for (let p = 4; p <= np; p++) {
       const out = g.pick(['re', `re${g.int(0, 7)}`, 'in', 'db', 'hz', 'op', 'od', 'tr', 'bn', `bn${g.int(0, 7)}`, 'xx', '']);
       let source;
