@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/power.h"
 #include "base/sine.h"
 
 namespace sorvel {
@@ -27,8 +28,9 @@ float shape(double f, float start, float end, unsigned curve, double value) {
     // pow(f, 0.5) need not be.
     case 2:
       return static_cast<float>(from + d * std::sqrt(f));
+    // Sorvel's own power, as the libraries' pow() differ in the last bit.
     case 3:
-      return static_cast<float>(from + d * std::pow(f, value));
+      return static_cast<float>(from + d * power(f, value));
     // The quarter sine is Sorvel's own: the libraries' sin() differ in the
     // last bit often enough to change a kept value now and then.
     case 4:

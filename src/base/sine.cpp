@@ -2,56 +2,11 @@
 
 #include <cmath>
 
+#include "base/dd.h"
+
 namespace sorvel {
 
 namespace {
-
-// A double-double: the unevaluated sum hi + lo, with |lo| at most half a unit
-// in the last place of hi. Only additions and multiplications of doubles,
-// each rounded once (no fused multiply-add), so every machine gets the same.
-struct DD {
-  double hi, lo;
-};
-
-constexpr DD quick_two_sum(double a, double b) {  // |a| >= |b|
-  const double s = a + b;
-  return {s, b - (s - a)};
-}
-
-constexpr DD two_sum(double a, double b) {
-  const double s = a + b;
-  const double bb = s - a;
-  return {s, (a - (s - bb)) + (b - bb)};
-}
-
-// a * b exactly, by Dekker's splitting of each factor into two halves.
-constexpr DD two_prod(double a, double b) {
-  const double p = a * b;
-  const double ta = 134217729.0 * a, tb = 134217729.0 * b;  // 2^27 + 1
-  const double ah = ta - (ta - a), al = a - ah;
-  const double bh = tb - (tb - b), bl = b - bh;
-  return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
-}
-
-constexpr DD add(DD x, DD y) {
-  DD s = two_sum(x.hi, y.hi);
-  const DD t = two_sum(x.lo, y.lo);
-  s = quick_two_sum(s.hi, s.lo + t.hi);
-  return quick_two_sum(s.hi, s.lo + t.lo);
-}
-
-constexpr DD mul(DD x, DD y) {
-  const DD p = two_prod(x.hi, y.hi);
-  return quick_two_sum(p.hi, p.lo + (x.hi * y.lo + x.lo * y.hi));
-}
-
-// x / n for a small whole number n: a first quotient, then the remainder's.
-constexpr DD div(DD x, double n) {
-  const double q1 = x.hi / n;
-  const DD r = add(x, DD{-two_prod(q1, n).hi, -two_prod(q1, n).lo});
-  const double q2 = r.hi / n;
-  return quick_two_sum(q1, q2);
-}
 
 // Taylor coefficients: sin[k] = (-1)^k / (2k + 1)!, cos[k] = (-1)^k / (2k)!.
 // Fourteen terms reach 2^-100 of the result over [0, pi/4]; the table below
