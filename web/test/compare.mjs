@@ -161,6 +161,7 @@ function runNative(dir, run) {
     const out = [], err = [];
     child.stdout.on('data', (d) => out.push(d));
     child.stderr.on('data', (d) => err.push(d));
+    child.on('error', (e) => { throw new Error(`cannot run ${native}: ${e.message}`); });
     child.on('close', (status) => {
       const files = {};
       for (const name of fs.readdirSync(dir)) {
