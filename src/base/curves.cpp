@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include "base/power.h"
+#include "base/sine.h"
+
 namespace sorvel {
 
 namespace {
@@ -21,14 +24,19 @@ float shape(double f, float start, float end, unsigned curve, double value) {
     // that double lies within a unit of a point halfway between two floats.)
     case 1:
       return static_cast<float>(from + d * (f * f));
+    // The square root is correctly rounded everywhere, as a library's
+    // pow(f, 0.5) need not be.
     case 2:
-      return static_cast<float>(from + d * std::pow(f, 0.5));
+      return static_cast<float>(from + d * std::sqrt(f));
+    // Sorvel's own power, as the libraries' pow() differ in the last bit.
     case 3:
-      return static_cast<float>(from + d * std::pow(f, value));
+      return static_cast<float>(from + d * power(f, value));
+    // The quarter sine is Sorvel's own: the libraries' sin() differ in the
+    // last bit often enough to change a kept value now and then.
     case 4:
-      return static_cast<float>(from + d * std::sin(f * 1.5707963267948966));
+      return static_cast<float>(from + d * quarter_sine(f * 1.5707963267948966));
     case 5: {
-      const double s = std::sin(f * 1.5707963267948966);
+      const double s = quarter_sine(f * 1.5707963267948966);
       return static_cast<float>(from + d * (f - (s - f)));
     }
     default:

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
+#include <charconv>  // integers only
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -160,9 +160,91 @@ char* put_exact(char* p, bool negative, uint64_t m, int shift, int width) {
   return put_scaled<PREC>(p, negative, m ? scale<PREC>(m, shift) : 0, width);
 }
 
-// "%.*f" for a value the exact fast path below does not take: NaN, infinity,
-// a magnitude of 2^30 or more, or a precision above 9.
-char* put_fixed_other(char* p, double v, int prec) {
+// A whole number of up to kLimbs * 32 bits, least significant limb first:
+// room for any double times 10^kMaxPrec, or any double shifted to a whole
+// number. Only what printing a double needs: multiply by a small number,
+// shift, read bits, divide by a small number.
+struct BigNum {
+  static constexpr int kLimbs = 40;
+  uint32_t limb[kLimbs] = {};
+  int used = 0;  // limbs in use; limb[used - 1] != 0 unless used == 0
+
+  explicit BigNum(uint64_t v) {
+    while (v) {
+      limb[used++] = static_cast<uint32_t>(v);
+      v >>= 32;
+    }
+  }
+  void mul_small(uint32_t f) {
+    uint64_t carry = 0;
+    for (int i = 0; i < used; ++i) {
+      const uint64_t t = static_cast<uint64_t>(limb[i]) * f + carry;
+      limb[i] = static_cast<uint32_t>(t);
+      carry = t >> 32;
+    }
+    if (carry) limb[used++] = static_cast<uint32_t>(carry);
+  }
+  void shift_left(int bits) {
+    if (!used) return;
+    const int words = bits / 32, rest = bits % 32;
+    int top = used + words;
+    limb[top] = 0;
+    for (int i = used - 1; i >= 0; --i) {
+      const uint64_t t = static_cast<uint64_t>(limb[i]) << rest;
+      limb[i + words + 1] |= static_cast<uint32_t>(t >> 32);
+      limb[i + words] = static_cast<uint32_t>(t);
+    }
+    for (int i = 0; i < words; ++i) limb[i] = 0;
+    used = limb[top] ? top + 1 : top;
+  }
+  void shift_right(int bits) {
+    const int words = bits / 32, rest = bits % 32;
+    if (words >= used) {
+      used = 0;
+      return;
+    }
+    for (int i = 0; i + words < used; ++i) {
+      uint64_t t = limb[i + words] >> rest;
+      if (rest && i + words + 1 < used)
+        t |= static_cast<uint64_t>(limb[i + words + 1]) << (32 - rest);
+      limb[i] = static_cast<uint32_t>(t);
+    }
+    used -= words;
+    while (used && !limb[used - 1]) --used;
+  }
+  bool bit(int i) const { return i / 32 < used && (limb[i / 32] >> (i % 32) & 1); }
+  bool any_bit_below(int i) const {
+    for (int w = 0; w < i / 32 && w < used; ++w)
+      if (limb[w]) return true;
+    return i / 32 < used && (limb[i / 32] & ((uint32_t{1} << (i % 32)) - 1));
+  }
+  void add_one() {
+    for (int i = 0; i < used; ++i)
+      if (++limb[i]) return;
+    limb[used++] = 1;
+  }
+  // Divides by d and returns the remainder.
+  uint32_t div_small(uint32_t d) {
+    uint64_t rem = 0;
+    for (int i = used - 1; i >= 0; --i) {
+      const uint64_t t = rem << 32 | limb[i];
+      limb[i] = static_cast<uint32_t>(t / d);
+      rem = t % d;
+    }
+    while (used && !limb[used - 1]) --used;
+    return static_cast<uint32_t>(rem);
+  }
+};
+
+// Most decimals the exact writer below takes (more would not fit BigNum).
+constexpr int kMaxPrec = 20;
+
+}  // namespace
+
+// "%.*f" for any value, by exact arithmetic: with |v| = m * 2^e, the whole
+// number m * 10^prec * 2^e, rounded half to even when e < 0 (as printf
+// rounds), is written with a point before its last prec digits.
+char* put_fixed_exact(char* p, double v, int prec) {
   if (std::isnan(v)) {
     if (std::signbit(v)) *p++ = '-';
     std::memcpy(p, "nan", 3);
@@ -173,17 +255,50 @@ char* put_fixed_other(char* p, double v, int prec) {
     std::memcpy(p, "inf", 3);
     return p + 3;
   }
-  auto res = std::to_chars(p, p + kNumTextMax, v, std::chars_format::fixed, prec);
-  return res.ptr;
-}
+  prec = std::clamp(prec, 0, kMaxPrec);
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  const int exponent = static_cast<int>(bits >> 52 & 0x7FF);
+  const uint64_t fraction = bits & ((uint64_t{1} << 52) - 1);
+  const uint64_t m = exponent ? fraction | (uint64_t{1} << 52) : fraction;
+  const int e = (exponent ? exponent : 1) - 1075;
 
-}  // namespace
+  BigNum n(m);
+  for (int i = 0; i < prec; ++i) n.mul_small(10);
+  if (e >= 0) {
+    n.shift_left(e);
+  } else {
+    const int s = -e;
+    const bool half = n.bit(s - 1);
+    const bool below = n.any_bit_below(s - 1);
+    n.shift_right(s);
+    if (half && (below || n.bit(0))) n.add_one();
+  }
+
+  // The digits, last first, nine at a time.
+  char digits[kNumTextMax];
+  int count = 0;
+  while (n.used) {
+    uint32_t chunk = n.div_small(1000000000);
+    for (int i = 0; i < 9; ++i, chunk /= 10) digits[count++] = static_cast<char>('0' + chunk % 10);
+  }
+  while (count > 1 && digits[count - 1] == '0') --count;  // the last chunk's leading zeros
+  while (count < prec + 1) digits[count++] = '0';
+
+  if (std::signbit(v)) *p++ = '-';
+  for (int i = count - 1; i >= prec; --i) *p++ = digits[i];
+  if (prec > 0) {
+    *p++ = '.';
+    for (int i = prec - 1; i >= 0; --i) *p++ = digits[i];
+  }
+  return p;
+}
 
 // A finite value whose magnitude is below 2^30, with a precision up to 9 (so
 // the scaled value fits 64 bits), is written exactly here: with |v| = m / 2^s,
 // m * 10^prec is an exact integer and its division by 2^s is rounded half to
 // even on the exact remainder, as printf rounds. Anything else goes the slow
-// way and is padded after.
+// exact way and is padded after.
 char* put_fixed(char* p, double v, int width, int prec) {
   uint64_t bits;
   std::memcpy(&bits, &v, sizeof bits);
@@ -208,7 +323,7 @@ char* put_fixed(char* p, double v, int width, int prec) {
       default: break;
     }
   }
-  char* end = put_fixed_other(p, v, prec);
+  char* end = put_fixed_exact(p, v, prec);
   return pad_left(p, static_cast<int>(end - p), width);
 }
 

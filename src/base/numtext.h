@@ -15,6 +15,11 @@ constexpr int kNumTextMax = 400;
 char* put_fixed(char* p, double v, int prec);
 // "%*.*f": right-aligned in a field of at least `width` characters.
 char* put_fixed(char* p, double v, int width, int prec);
+// "%.*f" for any value and a precision up to 20, digit by digit by exact
+// arithmetic on whole numbers: slower than put_fixed, which uses it for what
+// its fast path does not take (NaN, infinity, magnitudes of 2^30 and more,
+// precisions above 9). The same text on every platform and C++ library.
+char* put_fixed_exact(char* p, double v, int prec);
 // "%ld" and "%*ld".
 char* put_long(char* p, long v);
 char* put_long(char* p, long v, int width);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "base/convert.h"
+#include "base/power.h"
 #include "base/rounding.h"
 
 namespace sorvel {
@@ -37,14 +38,14 @@ float cpc_to_oct(float c) {
 
 float cpc_to_hz(float c) {
   float exponent = static_cast<float>(octave_of(c)) + mod(c, 12.0f) / 12.0f;
-  return static_cast<float>(std::pow(2.0, static_cast<double>(exponent)) * kHzOfPitch0);
+  return static_cast<float>(power(2.0, static_cast<double>(exponent)) * kHzOfPitch0);
 }
 
 float amp_to_db(int a) { return static_cast<float>(std::log(static_cast<double>(a)) / kDbFactor); }
 
 int db_to_amp(int d) { return trunc_i32(std::exp(static_cast<double>(d) * kDbFactor)); }
 
-float st_to_tr(float s) { return static_cast<float>(std::pow(kSemitone, static_cast<double>(s))); }
+float st_to_tr(float s) { return static_cast<float>(power(kSemitone, static_cast<double>(s))); }
 
 // The reader admits indices 0 to 7 only; anything else is held to that range.
 int cpc_to_bin(float c, int index, unsigned SRATE) {

@@ -4,10 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <bit>
 #include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -97,6 +100,47 @@ TEST(PutFixed, DigitCountBoundariesLikePrintf) {
     }
   }
 }
+
+#if defined(__cpp_lib_to_chars)
+// The exact writer stands in for the C++ library's floating-point to_chars,
+// which not every library has; where it exists, the two must agree on every
+// value and precision. SORVEL_NUMTEXT_VALUES sets how many values of each
+// kind are tried (a long one-off run: 10000000).
+TEST(PutFixedExact, SameAsToChars) {
+  long count = 20000;
+  if (const char* env = std::getenv("SORVEL_NUMTEXT_VALUES")) count = std::atol(env);
+  std::mt19937_64 gen(20261125);
+  char mine[kNumTextMax + 64], theirs[kNumTextMax + 64];
+  long compared = 0;
+  auto check = [&](double v, int prec) {
+    const std::string a(mine, put_fixed_exact(mine, v, prec));
+    const auto res = std::to_chars(theirs, theirs + sizeof theirs, v, std::chars_format::fixed, prec);
+    ASSERT_EQ(res.ec, std::errc());
+    ASSERT_EQ(a, std::string(theirs, res.ptr)) << "bits " << std::bit_cast<uint64_t>(v) << " precision " << prec;
+    ++compared;
+  };
+  std::uniform_int_distribution<int> any_prec(0, 20);
+  for (long i = 0; i < count && !HasFatalFailure(); ++i) {
+    // Any bit pattern (NaN and infinity excepted: to_chars spells them its own way).
+    const double any = std::bit_cast<double>(gen());
+    if (std::isfinite(any)) check(any, any_prec(gen));
+    // Large numbers: 2^30 and up, where put_fixed itself comes here, at the
+    // precisions the writers use.
+    const double large = std::ldexp(1.0 + static_cast<double>(gen() >> 12) * 0x1p-52,
+                                    30 + static_cast<int>(gen() % 994));
+    check(gen() & 1 ? large : -large, static_cast<int>(i % 10));
+    // Ties: odd multiples of 2^-s, which at s - 1 decimals lie exactly
+    // halfway and are rounded to even; whole parts small and large.
+    const int s = 1 + static_cast<int>(gen() % 21);
+    const double tie = std::ldexp(static_cast<double>((gen() >> (11 + (i % 3) * 20)) | 1), -s);
+    check(gen() & 1 ? tie : -tie, s - 1);
+    // Single-precision values of every magnitude, as score values are.
+    const float f = std::bit_cast<float>(static_cast<uint32_t>(gen()));
+    if (std::isfinite(f)) check(f, static_cast<int>(i % 8));
+  }
+  if (std::getenv("SORVEL_NUMTEXT_VALUES")) std::printf("%ld values compared\n", compared);
+}
+#endif
 
 TEST(PutLong, LikePrintf) {
   std::vector<long> values = {0, 1, -1, 9, 10, -10, 2147483647L, -2147483648L, LONG_MAX, LONG_MIN};
