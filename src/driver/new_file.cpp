@@ -31,10 +31,18 @@ std::string beside(const std::string& target, const std::string& tail) {
   return dir + "/" + leaf.substr(0, kLeafKept) + tail;
 }
 
+// The permissions a new file would not get. The WebAssembly runtime starts
+// with a mask of 0777, which would make every new score unreadable (and it
+// does not apply the mask to new files anyway): there a new file gets the
+// usual 0644.
 unsigned creation_mask() {
+#ifdef __EMSCRIPTEN__
+  return 022;
+#else
   const mode_t mask = umask(0);
   umask(mask);
   return static_cast<unsigned>(mask);
+#endif
 }
 
 #ifdef SORVEL_ANONYMOUS_FILES
