@@ -3,7 +3,7 @@
 #include "base/chars.h"
 #include "base/convert.h"
 #include "base/rounding.h"
-#include "input/commands.h"
+#include "base/vocabulary.h"
 #include "output/convert.h"
 
 namespace sorvel {
