@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/chars.h"
+#include "input/comments.h"
 #include "input/preproc.h"
 
 namespace sorvel {
@@ -63,23 +64,16 @@ int Source::skip_comment(int kind) {
     pos += static_cast<int>(std::strlen(buffer + pos));
     return 0;
   }
-  pos += 2;  // the opening "/*"
-  int level = 1;
+  CommentState state;  // the first step passes the opening "/*"
   for (;;) {
     if (buffer[pos] == '\0') {
       int r = get_buff();
       if (r) return r;
       continue;
     }
-    if (buffer[pos] == '/' && buffer[pos + 1] == '*') {
-      ++level;
-      pos += 2;
-    } else if (buffer[pos] == '*' && buffer[pos + 1] == '/') {
-      pos += 2;
-      if (--level == 0) return 0;
-    } else {
-      ++pos;
-    }
+    const int mark = state.step(buffer[pos], buffer[pos + 1], CommentRules::kNested);
+    pos += mark ? mark : 1;
+    if (mark && !state.in()) return 0;
   }
 }
 
@@ -193,9 +187,19 @@ int Source::get_uli(unsigned& value) {
 
 namespace {
 
+template <class T>
+T read_fraction_in(const char* buffer, int& pos, T lead) {
+  uint32_t divisor = 1;
+  while (is_digit(buffer[pos])) {
+    lead = lead * T{10} + static_cast<T>(buffer[pos++] - '0');
+    divisor *= 10u;
+  }
+  return lead / static_cast<T>(static_cast<int32_t>(divisor));
+}
+
 // The real-number scanner in the precision of T: an optional sign, digits,
-// and after a "." more digits over a 32-bit integer divisor (which wraps past
-// nine decimals). A minus sign flips the sign bit, so "-0" is negative zero.
+// and after a "." the fraction. A minus sign flips the sign bit, so "-0" is
+// negative zero.
 template <class T>
 int read_real(const char* buffer, int& pos, T& value) {
   while (is_space(buffer[pos])) ++pos;
@@ -206,18 +210,17 @@ int read_real(const char* buffer, int& pos, T& value) {
   while (is_digit(buffer[pos])) v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
   if (buffer[pos] == '.') {
     ++pos;
-    uint32_t divisor = 1;
-    while (is_digit(buffer[pos])) {
-      v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
-      divisor *= 10u;
-    }
-    v = v / static_cast<T>(static_cast<int32_t>(divisor));
+    v = read_fraction_in(buffer, pos, v);
   }
   value = neg ? -v : v;
   return 1;
 }
 
 }  // namespace
+
+float read_fraction(const char* buffer, int& pos, float lead) {
+  return read_fraction_in(buffer, pos, lead);
+}
 
 int Source::get_f(float& value) { return read_real(buffer, pos, value); }
 
