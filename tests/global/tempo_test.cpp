@@ -1,6 +1,6 @@
 // The tempo map has no fixed number of records, and finds the record of a
 // beat and lists its conflicts without walking the whole map: the answers
-// must be those of the walks the rules describe.
+// must be those of the plain walks below.
 #include "global/tempo.h"
 
 #include <gtest/gtest.h>

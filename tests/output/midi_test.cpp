@@ -307,7 +307,7 @@ TEST(NoteOffPlacement, TheOnePassMergeGivesThePlainWalksList) {
       ASSERT_EQ(0, std::memcmp(a[i]->pf(), b[i]->pf(), static_cast<size_t>(count - 3) * sizeof(float)));
     }
 
-    // And the order is the one the rule describes: by time; at one time the
+    // And the order is the plain one: by time; at one time the
     // note-ons first, then the note-offs in the order of their notes. p6 and
     // later name the note an event belongs to.
     if (count > 5 && !any_order) {
