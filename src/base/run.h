@@ -10,18 +10,9 @@
 #include <vector>
 
 #include "base/rng.h"
+#include "base/tempo_map.h"
 
 namespace sorvel {
-
-// One tempo definition of the tempo map.
-struct TempoDef {
-  float Stime;   // beat at which the definition starts
-  float Stempo;  // tempo at Stime (beats per minute)
-  float Etime;   // beat at which the end tempo is reached
-  float Etempo;  // tempo from Etime on
-  float Type;    // curve type 0..5 (f e l v s c)
-  float Vcurve;  // exponent of curve type 3
-};
 
 // A macro definition: #define NAME(args) #body#
 struct Macro {
@@ -84,14 +75,7 @@ struct Run {
   int FFT_SZ_DEFAULT = 4;
 
   // Tempo map: record 0 is a constant 60 beats per minute.
-  std::vector<TempoDef> TEMPO_LIST{TempoDef{0.0f, 60.0f, 0.0f, 60.0f, 1.0f, 0.0f}};
-  int TOT_TEMPOS = 1;
-  // Kept up to date by tempo_changed, so that neither finding the record of a
-  // beat nor listing the conflicts walks the whole map: for each record k from
-  // 1 on, the latest start among records 1 to k (entry 0 unused), and the
-  // records that start before the record ahead of them ends, in order.
-  std::vector<float> tempo_reach{0.0f};
-  std::vector<int> tempo_conflicts;
+  TempoMap tempo_map;
 
   // Preprocessing.
   // Definitions by name (a name is defined at most once, so a lookup by name

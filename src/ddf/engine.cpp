@@ -8,11 +8,11 @@
 #include "base/diag.h"
 #include "base/random.h"
 #include "base/rounding.h"
+#include "base/vocabulary.h"
 #include "ddf/ddf.h"
 #include "ddf/ex.h"
 #include "ddf/readers.h"
 #include "global/tempo.h"
-#include "input/commands.h"
 #include "pfield/store.h"
 #include "pfield/timing.h"
 

@@ -11,6 +11,32 @@ namespace sorvel {
 // The "(" and the duration (a number, or T / T*factor for the block's time).
 int get_dynfunc_dur(Ctx& c, float& dur);
 
+// Reads the head, then alternatives until ")": each begins with its weight
+// (error 38 when none can be read), then `body` reads the rest into the new
+// record. Every gap between two tokens gets one skip_wc (white space, at most
+// one comment, white space) and no more: the head's last skip stands before
+// the first weight, the skip after an alternative before the next one, so
+// two comments in a row where a weight is due fail at the second.
+template <class Body>
+int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
+  Source& src = c.src;
+  int r = get_dynfunc_dur(c, a.dur);
+  if (r) return r;
+  for (;;) {
+    float weight;
+    if (!src.get_f(weight)) return 38;
+    a.alt.push_back({weight});
+    if ((r = src.skip_wc())) return r;
+    if ((r = body(a.alt.back()))) return r;
+    if (a.n() > kMaxAlternatives) return 35;
+    if ((r = src.skip_wc())) return r;
+    if (src.cur() == ')') {
+      ++src.pos;
+      return 0;
+    }
+  }
+}
+
 int get_RA_data(Ctx& c, DdfArgs& a);
 int get_RW_data(Ctx& c, DdfArgs& a);
 int get_MO_data(Ctx& c, DdfArgs& a);

@@ -3,10 +3,10 @@
 #include "base/chars.h"
 #include "base/random.h"
 #include "base/rounding.h"
+#include "base/vocabulary.h"
 #include "ddf/ddf.h"
 #include "ddf/engine.h"
 #include "ddf/readers.h"
-#include "input/commands.h"
 #include "pfield/store.h"
 #include "pfield/timing.h"
 #include "pfield/values.h"
@@ -34,16 +34,8 @@ int get_S2_element(Ctx& c, std::vector<float>& values) {
 int get_S2_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
   if (c.pfield.P_NO < 4) return 62;
-  int r = get_dynfunc_dur(c, a.dur);
-  if (r) return r;
-  // The head's last skip stands before the first weight, the skip after an
-  // alternative before the next one: one skip_wc in each gap.
-  for (;;) {
-    float weight;
-    if (!src.get_f(weight)) return 38;
-    a.alt.push_back({weight});
-    std::vector<float>& rec = a.alt.back();
-    if ((r = src.skip_wc())) return r;
+  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+    int r;
     int mode = 0;
     if (src.cur() == '*' || src.cur() == 'x') {
       mode = src.cur() == '*' ? 1 : 2;
@@ -74,13 +66,8 @@ int get_S2_data(Ctx& c, DdfArgs& a) {
     a.mode.push_back(starts.size() == 1 ? 0 : mode);
     a.group_start.push_back(std::move(starts));
     a.group_len.push_back(std::move(lens));
-    if (a.n() > kMaxAlternatives) return 35;
-    if ((r = src.skip_wc())) return r;
-    if (src.cur() == ')') {
-      ++src.pos;
-      return 0;
-    }
-  }
+    return 0;
+  });
 }
 
 int do_S2(Ctx& c, DataList& d) {

@@ -16,10 +16,8 @@ float find_tempo(const Run& run, float beat);
 float to_tempo(Run& run, float CBEATS, float beats);
 int good_tempo(float t);
 int good_time(float t);
+// Warns of every record that starts before the record ahead of it ends.
 void check_tempos(Run& run);
-// Brings the map's indexes up to date after record `index` was set: record 0
-// at any time, a later one only as it is appended.
-void tempo_changed(Run& run, int index);
 void print_tempos(Run& run);
 
 }  // namespace sorvel

@@ -18,13 +18,13 @@ void warn(Source& src, int number) { warning_no(src.run, number, src.line, src.b
 int single_tempo(Source& src, float T) {
   ++src.pos;  // ")"
   if (!good_tempo(T)) return 46;
-  TempoDef& r = src.run.TEMPO_LIST[0];
+  TempoDef r = src.run.tempo_map[0];
   r.Stime = 0.0f;
   r.Etime = 1000.0f;
   r.Stempo = T;
   r.Etempo = T;
   r.Type = 0.0f;
-  tempo_changed(src.run, 0);
+  src.run.tempo_map.replace_first(r);
   if (T > 300.0f) warn(src, 30);
   else if (T < 30.0f) warn(src, 31);
   return 0;
@@ -68,16 +68,10 @@ int tempo_move(Source& src, float S) {
 
   Run& run = src.run;
   const TempoDef def{S, T1, E, T2, type, vcurve};
-  if (S == 0.0f) {
-    run.TEMPO_LIST[0] = def;
-    tempo_changed(run, 0);
-  } else {
-    const size_t at = static_cast<size_t>(run.TOT_TEMPOS);
-    if (run.TEMPO_LIST.size() <= at) run.TEMPO_LIST.resize(at + 1);
-    run.TEMPO_LIST[at] = def;
-    ++run.TOT_TEMPOS;
-    tempo_changed(run, static_cast<int>(at));
-  }
+  if (S == 0.0f)
+    run.tempo_map.replace_first(def);
+  else
+    run.tempo_map.add(def);
   if (src.cur() != ')') return 19;
   ++src.pos;
   return 0;

@@ -1,17 +1,9 @@
-// The command vocabulary: every two-letter name of the language (i-block
-// commands, g-block commands, input types, output types) maps to one code.
+// The command scanner and the acceptance tests over the vocabulary table.
 #pragma once
 
-namespace sorvel {
+#include "base/vocabulary.h"
 
-// Command codes.
-enum CommandCode {
-  CMD_EX = 0, CMD_TE = 1, CMD_DB = 2, CMD_DV = 3, CMD_HZ = 4, CMD_HO = 5, CMD_IN = 6,
-  CMD_MO = 7, CMD_SE = 9, CMD_NO = 10, CMD_OP = 11, CMD_PF = 12, CMD_OD = 13, CMD_RE = 14,
-  CMD_RH = 15, CMD_RA = 16, CMD_RD = 17, CMD_RS = 18, CMD_RW = 19, CMD_DIRECT = 20,
-  CMD_MACRO = 21, CMD_MS = 22, CMD_XX = 23, CMD_S2 = 24, CMD_CONST = 25, CMD_TR = 26,
-  CMD_BN = 27, CMD_SR = 28
-};
+namespace sorvel {
 
 // What a name carried beside its code: the digits after "re" or "bn", and
 // whether "x" followed "no" or "op".
@@ -31,6 +23,6 @@ int is_command(const char* buffer, int pos);   // names legal in a data list
 int is_gcommand(const char* buffer, int pos);  // names legal in a g-block
 int is_pfield(const char* buffer, int pos);    // "p" and a digit
 int is_out_type(const char* buffer, int pos);  // output specifiers
-int is_input_code(int code);                   // 2, 6, 10, 11, 13, 14, 15
+int is_input_code(int code);                   // codes of input types
 
 }  // namespace sorvel

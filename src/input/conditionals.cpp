@@ -2,6 +2,7 @@
 // lines up to the matching "#endif"; sections nest.
 #include "input/conditionals.h"
 
+#include "input/comments.h"
 #include "input/constants.h"
 #include "input/macros.h"
 #include "input/names.h"
@@ -59,31 +60,21 @@ int do_if(Source& src) {
   if (run.if_value != 0.0f) return 0;
 
   run.IN_IF0 = 1;
-  enum { kNone, kLine, kBlock } comment = kNone;
+  CommentState comment;  // "#if" and "#endif" in a comment do not count
   for (;;) {
     int c = src.cur();
     if (c == '\0') {
       if (src.at_eof()) return 117;
       int r = src.get_buff();
       if (r > 0) return r;
-      if (comment == kLine) comment = kNone;
+      comment.line = false;
       continue;
     }
-    int next = char_at(src, src.pos + 1);
-    if (comment == kLine) {
+    const bool was_comment = comment.in();
+    if (int mark = comment.step(c, char_at(src, src.pos + 1), CommentRules::kOutsideComments)) {
+      src.pos += mark;
+    } else if (was_comment || comment.in()) {  // comment text, or the ";" just met
       ++src.pos;
-    } else if (comment == kBlock) {
-      if (c == '*' && next == '/') {
-        comment = kNone;
-        ++src.pos;
-      }
-      ++src.pos;
-    } else if (c == ';') {
-      comment = kLine;
-      ++src.pos;
-    } else if (c == '/' && next == '*') {
-      comment = kBlock;
-      src.pos += 2;
     } else if (c == '#' && is_if(src.buffer, src.pos + 1)) {
       ++run.IF_MATCH;
       src.pos += 4;

@@ -1,7 +1,6 @@
 // Constant statements of a g-block: "#const NAME value".
 #include <utility>
 
-#include "base/diag.h"
 #include "input/constants.h"
 #include "input/names.h"
 #include "input/preproc.h"
@@ -25,19 +24,8 @@ int get_var(Source& src) {
 int get_vdefine(Source& src) { return loose_keyword(src, "const", 5); }
 
 int get_vdata(Source& src, Constant& constant) {
-  int r = src.skip_wc();
+  int r = read_defined_name(src, constant.name, 109, "constant", kConstNameMax);
   if (r) return r;
-  if (!is_alpha(src.cur())) return 109;
-  constant.name.clear();
-  while (is_name_char(src.cur())) {
-    constant.name += static_cast<char>(src.cur());
-    ++src.pos;
-    if (constant.name.size() >= static_cast<size_t>(kConstNameMax)) {
-      Mprintf(src.run, "\n\nERROR: Line %d: The constant name has exceeded the", src.line);
-      Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kConstNameMax);
-      return 1000;
-    }
-  }
   src.skip_blanks();
   if (src.cur() == '$') return 103;
   if (!src.get_df(constant.value)) return 500;
@@ -57,14 +45,11 @@ const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
 
 int find_vname(Source& src, const Constant*& found) {
   if (found) return 1;
-  std::string name;
-  if (is_alpha(src.cur()))
-    while (is_name_char(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
+  const int end = static_cast<int>(name_end(src.buffer, static_cast<size_t>(src.pos)));
+  std::string name(src.buffer + src.pos, static_cast<size_t>(end - src.pos));
+  src.pos = end;
   found = find_var(src.run.var_list, name);
-  if (found) return 1;
-  Mprintf(src.run, "\n\nERROR: Line %d: There is no constant \"%s\" in your input file!\n",
-          src.line, name.c_str());
-  return 1000;
+  return found ? 1 : no_such_name(src, "constant", name);
 }
 
 

@@ -12,27 +12,12 @@ namespace {
 
 // A non-negative whole number in decimal digits.
 std::string whole_digits(double v) {
-  if (v >= 1e18) {
-    std::string s;
-    append_fixed(s, v, 0, 0);
-    return s;
-  }
-  unsigned long long n = static_cast<unsigned long long>(v);
-  std::string s(static_cast<size_t>(CountDigits(n)), '0');
-  for (size_t k = s.size(); k-- > 0; n /= 10) s[k] = static_cast<char>('0' + n % 10);
+  std::string s;
+  append_fixed(s, v, 0, 0);
   return s;
 }
 
 }  // namespace
-
-int CountDigits(unsigned long long n) {
-  int count = 1;
-  while (n >= 10) {
-    n /= 10;
-    ++count;
-  }
-  return count;
-}
 
 std::string FtoA(double value) {
   if (std::isnan(value)) return "nan";

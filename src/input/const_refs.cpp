@@ -66,7 +66,7 @@ int skip_vname_or_eq(const Source& src, int i) {
   ++i;  // the "~"
   int c = char_at(src, i);
   if (is_alpha(c)) {
-    while (is_name_char(char_at(src, i))) ++i;
+    i = static_cast<int>(name_end(src.buffer, static_cast<size_t>(i)));
   } else if (c == '@') {
     ++i;
   } else {

@@ -53,7 +53,5 @@ int parse_vequation(Source& src, double& value);
 
 // The value with three decimals, as references are written into the line.
 std::string FtoA(double value);
-// Decimal digits of n (1 for 0).
-int CountDigits(unsigned long long n);
 
 }  // namespace sorvel

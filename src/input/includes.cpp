@@ -2,6 +2,7 @@
 
 #include "base/chars.h"
 #include "base/diag.h"
+#include "input/comments.h"
 
 namespace sorvel {
 
@@ -10,20 +11,17 @@ namespace {
 constexpr int kMaxIncludes = 12;  // the main input and at most 11 include files in a run
 constexpr int kNameMax = 255;     // characters of an include file name
 
-// The copy state of one file.
+// The copy state of one file: the character read before the current one,
+// and the comments and ">" lines, in which a "#" is copied as it stands.
 struct CopyState {
-  int prev = ' ';       // the character read before the current one
-  int comment = 0;      // block-comment level
-  bool line_flag = false;  // set after ";" or ">" for the rest of the line
+  int prev = ' ';
+  CommentState comment;
 };
 
 // Copies one ordinary character and updates the state.
 void copy_char(int c, FILE* tmp, CopyState& st) {
   std::putc(c, tmp);
-  if ((c == ';' || c == '>') && st.prev != '/') st.line_flag = true;
-  if (c == '*' && st.prev == '/') ++st.comment;
-  if (c == '/' && st.prev == '*' && st.comment > 0) --st.comment;
-  if (c == '\n') st.line_flag = false;
+  st.comment.step(st.prev, c, CommentRules::kIncludePass);
 }
 
 // After "#include": skips white space and reads |name|. Returns 0 with the
@@ -78,7 +76,7 @@ int parse_includes(Run& run, FILE* source, FILE* tmp, int& counter) {
   CopyState st;
   int c;
   while ((c = std::getc(source)) != EOF) {
-    if (c != '#' || st.line_flag || st.comment) {
+    if (c != '#' || st.comment.in()) {
       copy_char(c, tmp, st);
       st.prev = c;
       continue;
@@ -118,8 +116,7 @@ int parse_includes(Run& run, FILE* source, FILE* tmp, int& counter) {
     if (rest[k]) continue;
     int r = include_file(run, source, tmp, counter);
     if (r > 0) return r;
-    st.comment = 0;
-    st.line_flag = false;
+    st.comment = CommentState{};
     st.prev = '|';
   }
   return 0;

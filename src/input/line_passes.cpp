@@ -3,6 +3,7 @@
 // (expands references). Both follow comments the same way, through the
 // run-wide IN_COMMENT, so a block comment left open by one line, or by the
 // macro pass, is still open for what comes next.
+#include "input/comments.h"
 #include "input/constants.h"
 #include "input/macros.h"
 #include "input/names.h"
@@ -12,36 +13,11 @@ namespace sorvel {
 
 namespace {
 
-// Comment state while a line is walked, moved by three rules that hold
-// wherever their marks stand: "/*" opens a block comment, "*/" closes it and
-// ends a ";" comment too, ";" begins a comment to the end of the line (or to a
-// newline that an expanded body put in it). So "*/" after a ";" ends the
-// comment, and "/*" after a ";" opens a block comment that later lines carry.
-// Block comments do not nest here: one "*/" closes whatever "/*"s came before.
-struct Comment {
-  bool block = false;  // inside "/*" ... "*/"; carried to the next line
-  bool line = false;   // after ";", to the end of the line
+constexpr CommentRules kRules = CommentRules::kMarksAnywhere;
 
-  bool in() const { return block || line; }
-};
-
-// Moves the comment state over the character at `i`. Returns the number of
-// characters that belong to a comment mark ("/*" or "*/"), 0 otherwise.
-int track_comment(const Source& src, int i, Comment& state) {
-  int c = char_at(src, i);
-  int next = char_at(src, i + 1);
-  if (c == '/' && next == '*') {
-    state.block = true;
-    return 2;
-  }
-  if (c == '*' && next == '/') {
-    state.block = false;
-    state.line = false;
-    return 2;
-  }
-  if (c == ';') state.line = true;
-  if (c == '\n') state.line = false;
-  return 0;
+// Moves the comment state over the character at `i`: 2 for a mark, else 0.
+int track_comment(const Source& src, int i, CommentState& state) {
+  return state.step(char_at(src, i), char_at(src, i + 1), kRules);
 }
 
 // A ">" at this index of the line does not stop definitions from being seen.
@@ -51,8 +27,8 @@ constexpr int kLiteralGtIndex = 85;
 
 int parse_macros(Source& src, unsigned char* marks) {
   Run& run = src.run;
-  Comment state;
-  state.block = run.IN_COMMENT != 0;
+  CommentState state;
+  state.block = run.IN_COMMENT ? 1 : 0;
   int count = run.IN_MACRO_DEF;  // "#"s of an unfinished definition
   bool direct_out = false;       // a ">" was met: "#" is plain text from here on
   int& i = src.pos;
@@ -105,8 +81,8 @@ int parse_macros(Source& src, unsigned char* marks) {
 
 int parse_variables(Source& src, const unsigned char* marks) {
   Run& run = src.run;
-  Comment state;
-  state.block = run.IN_COMMENT != 0;
+  CommentState state;
+  state.block = run.IN_COMMENT ? 1 : 0;
   int& i = src.pos;
   while (char_at(src, i)) {
     if (int mark = track_comment(src, i, state)) {

@@ -22,9 +22,9 @@ int char_in(const std::string& text, size_t i) {
 }
 
 std::string read_name(const std::string& text, size_t& i) {
-  size_t start = i;
-  if (is_alpha(char_in(text, i)))
-    while (is_name_char(char_in(text, i))) ++i;
+  if (i >= text.size()) return {};
+  const size_t start = i;
+  i = name_end(text.c_str(), i);
   return text.substr(start, i - start);
 }
 
@@ -75,11 +75,7 @@ int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size
   std::string name = read_name(text, pos);
   const Macro* found = args ? find_macro(*args, name) : nullptr;
   if (!found) found = find_macro(x.run.macro_list, name);
-  if (!found) {
-    Mprintf(x.run, "\n\nERROR: Line %d: There is no macro \"%s\" in your input file!\n",
-            x.src.line, name.c_str());
-    return 1000;
-  }
+  if (!found) return no_such_name(x.src, "macro", name);
   const Macro macro = *found;  // expansion works on a copy, never on the definition
 
   std::vector<Macro> call_args;

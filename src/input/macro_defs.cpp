@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/diag.h"
+#include "input/comments.h"
 #include "input/conditionals.h"
 #include "input/macros.h"
 #include "input/names.h"
@@ -46,20 +46,7 @@ int get_macro(Source& src, Macro& macro) {
 int get_define(Source& src) { return loose_keyword(src, "define", 6); }
 
 int get_name(Source& src, std::string& name) {
-  int r = src.skip_wc();
-  if (r) return r;
-  if (!is_alpha(src.cur())) return 88;
-  name.clear();
-  while (is_name_char(src.cur())) {
-    name += static_cast<char>(src.cur());
-    ++src.pos;
-    if (name.size() >= static_cast<size_t>(kMacroNameMax)) {
-      Mprintf(src.run, "\n\nERROR: Line %d: The macro name has exceeded the", src.line);
-      Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kMacroNameMax);
-      return 1000;
-    }
-  }
-  return 0;
+  return read_defined_name(src, name, 88, "macro", kMacroNameMax);
 }
 
 int get_args(Source& src, Macro& macro) {
@@ -86,11 +73,7 @@ int get_args(Source& src, Macro& macro) {
 namespace {
 
 // The body under construction reached its limit: 1000, message printed.
-int body_too_long(Source& src) {
-  Mprintf(src.run, "\n\nERROR: Line %d: The macro body has exceeded the", src.line);
-  Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", kMacroBodyMax);
-  return 1000;
-}
+int body_too_long(Source& src) { return too_long(src, "macro body", kMacroBodyMax); }
 
 // Copies the character at the position into the body and passes it; 1000
 // when that character is the one that fills the body to its limit (the
@@ -109,7 +92,7 @@ int get_body(Source& src, std::string& body) {
   if (src.cur() != '#') return 81;
   ++src.pos;
   body.clear();
-  enum { kNone, kLine, kBlock } comment = kNone;
+  CommentState comment;  // a "#" in a comment does not end the body
   for (;;) {
     int c = src.cur();
     if (c == '\0') {
@@ -119,24 +102,16 @@ int get_body(Source& src, std::string& body) {
       if (body.size() >= static_cast<size_t>(kMacroBodyMax)) return body_too_long(src);
       r = src.get_buff();
       if (r > 0) return r;
-      if (comment == kLine) comment = kNone;
+      comment.line = false;
       continue;
     }
-    int next = char_at(src, src.pos + 1);
-    if (comment == kNone && c == '#') {
+    if (!comment.in() && c == '#') {
       ++src.pos;
       return 0;
     }
-    if (comment == kNone && c == ';') {
-      comment = kLine;
-    } else if (comment == kNone && c == '/' && next == '*') {
-      comment = kBlock;
+    const int mark = comment.step(c, char_at(src, src.pos + 1), CommentRules::kOutsideComments);
+    for (int k = 0; k < (mark ? mark : 1); ++k)
       if ((r = copy_to_body(src, body))) return r;
-    } else if (comment == kBlock && c == '*' && next == '/') {
-      comment = kNone;
-      if ((r = copy_to_body(src, body))) return r;
-    }
-    if ((r = copy_to_body(src, body))) return r;
   }
 }
 
@@ -159,12 +134,7 @@ int do_undefine(Source& src) {
   while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
   auto& list = src.run.macro_list;
   if (list.empty()) return 91;
-  if (list.erase(name) == 0) {
-    Mprintf(src.run, "\n\nERROR: Line %d: There is no macro \"%s\" in your input file!\n",
-            src.line, name.c_str());
-    return 1000;
-  }
-  return 0;
+  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : 0;
 }
 
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name) {

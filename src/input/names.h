@@ -2,6 +2,9 @@
 // bounds-checked look at the line buffer.
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 #include "base/chars.h"
 #include "input/source.h"
 
@@ -12,6 +15,27 @@ constexpr int kMaxLineText = kLineSize - 1;
 
 // Names start with a letter and go on with letters, digits and "_".
 inline bool is_name_char(int c) { return is_alnum(c) || c == '_'; }
+
+// The end of the name that begins at text[i] (a letter, then letters, digits
+// and "_"), or i when no letter stands there. The text ends at a zero.
+inline size_t name_end(const char* text, size_t i) {
+  if (is_alpha(text[i]))
+    while (is_name_char(text[i])) ++i;
+  return i;
+}
+
+// The name of a definition, at the scan position after white space and one
+// comment: `not_a_name` when no letter begins it; 1000, with the message
+// printed for a name of `what` ("macro", "constant"), once it reaches `max`
+// characters (the position then stands after the last one read).
+int read_defined_name(Source& src, std::string& name, int not_a_name, const char* what, int max);
+
+// 1000, with the message printed: the name or body (`what`: "macro body")
+// has reached its limit of `max` characters.
+int too_long(Source& src, const std::string& what, int max);
+
+// 1000, with the message printed: no macro or constant (`what`) of that name.
+int no_such_name(Source& src, const char* what, const std::string& name);
 
 // The character at index i of the line, or 0 outside the buffer. Past the
 // end of the line the buffer holds zeros, so a look ahead stops there.

@@ -1,8 +1,11 @@
 #include "input/source.h"
 
+#include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "base/chars.h"
+#include "input/comments.h"
 #include "input/preproc.h"
 
 namespace sorvel {
@@ -63,23 +66,16 @@ int Source::skip_comment(int kind) {
     pos += static_cast<int>(std::strlen(buffer + pos));
     return 0;
   }
-  pos += 2;  // the opening "/*"
-  int level = 1;
+  CommentState state;  // the first step passes the opening "/*"
   for (;;) {
     if (buffer[pos] == '\0') {
       int r = get_buff();
       if (r) return r;
       continue;
     }
-    if (buffer[pos] == '/' && buffer[pos + 1] == '*') {
-      ++level;
-      pos += 2;
-    } else if (buffer[pos] == '*' && buffer[pos + 1] == '/') {
-      pos += 2;
-      if (--level == 0) return 0;
-    } else {
-      ++pos;
-    }
+    const int mark = state.step(buffer[pos], buffer[pos + 1], CommentRules::kNested);
+    pos += mark ? mark : 1;
+    if (mark && !state.in()) return 0;
   }
 }
 
@@ -95,30 +91,28 @@ int Source::skip_lines() {
   }
 }
 
-int Source::skip_wc() {
-  int r = skip_lines();
+namespace {
+
+// White space, at most one comment, then (with `separator`) one "," or "/",
+// and white space again; 0 or a positive error.
+int skip_around_comment(Source& src, bool separator) {
+  int r = src.skip_lines();
   if (r > 0) return r;
   int kind;
-  if (is_comment(kind)) {
-    r = skip_comment(kind);
+  if (src.is_comment(kind)) {
+    r = src.skip_comment(kind);
     if (r > 0) return r;
   }
-  r = skip_lines();
+  if (separator && (src.cur() == ',' || src.cur() == '/')) ++src.pos;
+  r = src.skip_lines();
   return r > 0 ? r : 0;
 }
 
-int Source::skip_stuff() {
-  int r = skip_lines();
-  if (r > 0) return r;
-  int kind;
-  if (is_comment(kind)) {
-    r = skip_comment(kind);
-    if (r > 0) return r;
-  }
-  if (buffer[pos] == ',' || buffer[pos] == '/') ++pos;
-  r = skip_lines();
-  return r > 0 ? r : 0;
-}
+}  // namespace
+
+int Source::skip_wc() { return skip_around_comment(*this, false); }
+
+int Source::skip_stuff() { return skip_around_comment(*this, true); }
 
 int Source::good_cmd_format() {
   int r = skip_lines();
@@ -139,63 +133,58 @@ uint32_t read_digits(const char* buffer, int& pos) {
   return v;
 }
 
-}  // namespace
-
-int Source::get_i(int& value) {
-  skip_blanks();
-  bool neg = false;
-  if (buffer[pos] == '-' || buffer[pos] == '+') neg = buffer[pos++] == '-';
-  if (!is_digit(buffer[pos])) return 0;
-  int start = pos;
-  uint32_t v = read_digits(buffer, pos);
-  int32_t r = static_cast<int32_t>(neg ? 0u - v : v);
-  if (r < -32768 || r > 32767) {
-    pos = start;
+// The integer scanners: blanks, a sign ("-" only for a signed T), digits into
+// 32 bits that wrap. A value outside lo..hi is no number: the position goes
+// back to the first digit. With `blanks_after` the blanks after it are skipped.
+template <class T>
+int scan_integer(Source& src, T lo, T hi, bool blanks_after, T& value) {
+  constexpr bool kMinus = std::is_signed_v<T>;
+  src.skip_blanks();
+  const int sign = src.cur();
+  if (sign == '+' || (kMinus && sign == '-')) ++src.pos;
+  if (!is_digit(src.cur())) return 0;
+  const int start = src.pos;
+  uint32_t v = read_digits(src.buffer, src.pos);
+  if (kMinus && sign == '-') v = 0u - v;
+  const T r = static_cast<T>(v);
+  if (r < lo || r > hi) {
+    src.pos = start;
     return 0;
   }
   value = r;
+  if (blanks_after) src.skip_blanks();
   return 1;
 }
+
+}  // namespace
+
+int Source::get_i(int& value) { return scan_integer<int32_t>(*this, -32768, 32767, false, value); }
 
 int Source::get_li(int& value) {
-  skip_blanks();
-  bool neg = false;
-  if (buffer[pos] == '-' || buffer[pos] == '+') neg = buffer[pos++] == '-';
-  if (!is_digit(buffer[pos])) return 0;
-  uint32_t v = read_digits(buffer, pos);
-  value = static_cast<int32_t>(neg ? 0u - v : v);
-  skip_blanks();
-  return 1;
+  return scan_integer<int32_t>(*this, INT32_MIN, INT32_MAX, true, value);
 }
 
-int Source::get_ui(unsigned& value) {
-  skip_blanks();
-  if (buffer[pos] == '+') ++pos;
-  if (!is_digit(buffer[pos])) return 0;
-  int start = pos;
-  uint32_t v = read_digits(buffer, pos);
-  if (v > 65535u) {
-    pos = start;
-    return 0;
-  }
-  value = v;
-  return 1;
-}
+int Source::get_ui(unsigned& value) { return scan_integer<uint32_t>(*this, 0, 65535, false, value); }
 
 int Source::get_uli(unsigned& value) {
-  skip_blanks();
-  if (buffer[pos] == '+') ++pos;
-  if (!is_digit(buffer[pos])) return 0;
-  value = read_digits(buffer, pos);
-  skip_blanks();
-  return 1;
+  return scan_integer<uint32_t>(*this, 0, UINT32_MAX, true, value);
 }
 
 namespace {
 
+template <class T>
+T read_fraction_in(const char* buffer, int& pos, T lead) {
+  uint32_t divisor = 1;
+  while (is_digit(buffer[pos])) {
+    lead = lead * T{10} + static_cast<T>(buffer[pos++] - '0');
+    divisor *= 10u;
+  }
+  return lead / static_cast<T>(static_cast<int32_t>(divisor));
+}
+
 // The real-number scanner in the precision of T: an optional sign, digits,
-// and after a "." more digits over a 32-bit integer divisor (which wraps past
-// nine decimals). A minus sign flips the sign bit, so "-0" is negative zero.
+// and after a "." the fraction. A minus sign flips the sign bit, so "-0" is
+// negative zero.
 template <class T>
 int read_real(const char* buffer, int& pos, T& value) {
   while (is_space(buffer[pos])) ++pos;
@@ -206,18 +195,17 @@ int read_real(const char* buffer, int& pos, T& value) {
   while (is_digit(buffer[pos])) v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
   if (buffer[pos] == '.') {
     ++pos;
-    uint32_t divisor = 1;
-    while (is_digit(buffer[pos])) {
-      v = v * T{10} + static_cast<T>(buffer[pos++] - '0');
-      divisor *= 10u;
-    }
-    v = v / static_cast<T>(static_cast<int32_t>(divisor));
+    v = read_fraction_in(buffer, pos, v);
   }
   value = neg ? -v : v;
   return 1;
 }
 
 }  // namespace
+
+float read_fraction(const char* buffer, int& pos, float lead) {
+  return read_fraction_in(buffer, pos, lead);
+}
 
 int Source::get_f(float& value) { return read_real(buffer, pos, value); }
 

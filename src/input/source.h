@@ -69,6 +69,12 @@ class Source {
   unsigned char marks_[kLineSize];
 };
 
+// The digits at `pos` as the part after a decimal point, each taken on to
+// `lead` (the digits before the point, or 0): lead * 10^k + digits over a
+// 32-bit integer divisor 10^k, which wraps past nine decimals. The position
+// moves past the digits. The real-number scanners form their fractions so.
+float read_fraction(const char* buffer, int& pos, float lead);
+
 // 1 for white space, "/", ",", "'" and ":".
 int is_separator(int c);
 

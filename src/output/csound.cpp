@@ -5,23 +5,12 @@
 #include "base/diag.h"
 #include "base/numtext.h"
 #include "base/rounding.h"
+#include "base/vocabulary.h"
 #include "output/convert.h"
 
 namespace sorvel {
 
 namespace {
-
-// Output type codes: how a p-field is written.
-enum OutCode {
-  kOutDb = 2,
-  kOutHz = 4,
-  kOutIn = 6,
-  kOutOp = 11,
-  kOutOd = 13,
-  kOutRe = 14,
-  kOutTr = 26,
-  kOutBn = 27,
-};
 
 // The reader admits 0 to 7 decimals; holding the count to that range keeps a
 // line within the room reserved for it whatever the arrays hold.
@@ -44,28 +33,28 @@ bool is_rest(const Event* e) { return e->dur <= 0.0f; }
 
 char* put_value(char* p, float v, const Column& col, unsigned srate) {
   switch (col.code) {
-    case kOutRe:
+    case CMD_RE:
       p = put_fixed(p, static_cast<double>(v), col.decimals + 6, col.decimals);
       break;
-    case kOutIn:
+    case CMD_IN:
       p = put_long(p, Round(v), 5);
       break;
-    case kOutDb:
+    case CMD_DB:
       p = put_fixed(p, static_cast<double>(amp_to_db(Round(v))), 4, 1);
       break;
-    case kOutHz:
+    case CMD_HZ:
       p = put_fixed(p, static_cast<double>(cpc_to_hz(v)), 11, 5);
       break;
-    case kOutOp:
+    case CMD_OP:
       p = put_fixed(p, static_cast<double>(cpc_to_pch(v)), 6, 3);
       break;
-    case kOutOd:
+    case CMD_OD:
       p = put_fixed(p, static_cast<double>(cpc_to_oct(v)), 4, 2);
       break;
-    case kOutTr:
+    case CMD_TR:
       p = put_fixed(p, static_cast<double>(st_to_tr(v)), 8, 6);
       break;
-    case kOutBn:
+    case CMD_BN:
       p = put_long(p, cpc_to_bin(v, col.fft, srate), 5);
       break;
     default:

@@ -99,27 +99,9 @@ class NoteTrack {
 
   uint32_t size = 0;
 
-  // The plain walk: from each note-on, forward over the events that start no
-  // later than its end.
-  void place_by_walk() {
-    Event* first = list_.handle->next;
-    Event* e = first;
-    do {
-      const float end = e->start + e->dur;
-      visit(e);
-      if (e->code == 1) {
-        Event* at = e;
-        while (at->next != first && at->next->start <= end) at = at->next;
-        link_note_off(e, at);
-      }
-      list_event(e);
-      e = e->next;
-    } while (e != first);
-  }
-
-  // The same placement in one pass, for any list: pending note-offs wait,
-  // ordered by end (then by note order), and go in before the first event
-  // that starts after their end, which is where the walk stops. An event
+  // One pass, for any list: pending note-offs wait, ordered by end (then by
+  // note order), and go in before the first event that starts after their
+  // end, which is where a walk forward from the note would stop. An event
   // whose start is NaN stops every walk, so it lets every pending note-off in;
   // a note whose end is NaN gets its note-off at once, right after it, as
   // the walk gives it (no start compares as at most a NaN end).
@@ -217,12 +199,6 @@ void WriteVarLen(uint32_t value, FILE* file) {
     else
       break;
   }
-}
-
-uint32_t PlaceNoteOffsByWalk(Run& run, EventList& list, int count) {
-  NoteTrack track(run, list, count);
-  track.place_by_walk();
-  return track.size;
 }
 
 uint32_t PlaceNoteOffsInOrder(Run& run, EventList& list, int count) {

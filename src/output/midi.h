@@ -21,13 +21,11 @@ uint32_t midi_delta(float seconds);
 // least one note, else 0 (after the all-rests message when there were rests).
 int List2MIDI(Run& run, Block& block, uint32_t& size);
 
-// Two ways to place the note-offs in a list in which every event is a
-// note-on (rests removed, `code` 1), giving the same list: the plain walk
-// forward from each note (the rule as written, quadratic when many notes
-// overlap), and the one-pass merge that List2MIDI uses. Both scale, fold,
-// count and list every event as List2MIDI does, and return the bytes of the
-// note track's events. `count` is the block's p-field count.
-uint32_t PlaceNoteOffsByWalk(Run& run, EventList& list, int count);
+// Places the note-offs in a list in which every event is a note-on (rests
+// removed, `code` 1) in one pass, as List2MIDI does: each note's note-off goes
+// after the last of the following events that start no later than its end.
+// Scales, folds, counts and lists every event as List2MIDI does, and returns
+// the bytes of the note track's events. `count` is the block's p-field count.
 uint32_t PlaceNoteOffsInOrder(Run& run, EventList& list, int count);
 
 void PutMidiHeader(FILE* file, int tracks);

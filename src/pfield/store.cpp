@@ -1,7 +1,7 @@
 #include "pfield/store.h"
 
+#include "base/vocabulary.h"
 #include "global/tempo.h"
-#include "input/commands.h"
 #include "pfield/timing.h"
 
 namespace sorvel {

@@ -4,7 +4,7 @@
 
 #include "base/diag.h"
 #include "base/rounding.h"
-#include "input/commands.h"
+#include "base/vocabulary.h"
 
 namespace sorvel {
 

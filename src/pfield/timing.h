@@ -4,7 +4,7 @@
 
 #include "base/random.h"
 #include "base/rounding.h"
-#include "input/commands.h"
+#include "base/vocabulary.h"
 #include "pfield/state.h"
 
 namespace sorvel {

@@ -3,7 +3,7 @@
 #include "base/chars.h"
 #include "base/convert.h"
 #include "base/rounding.h"
-#include "input/commands.h"
+#include "base/vocabulary.h"
 #include "output/convert.h"
 
 namespace sorvel {
@@ -139,15 +139,7 @@ int get_oct_pc(Source& src, int MKMIDI, float& value) {
   const int octave = read_capped(src, 100000);
   if (src.cur() != '.') return 0;
   ++src.pos;
-  // The fraction is formed as the real-number scanner forms it.
-  float digits = 0.0f;
-  uint32_t divisor = 1;
-  while (is_digit(src.cur())) {
-    digits = digits * 10.0f + static_cast<float>(src.cur() - '0');
-    divisor *= 10u;
-    ++src.pos;
-  }
-  const float fraction = digits / static_cast<float>(static_cast<int32_t>(divisor));
+  const float fraction = read_fraction(src.buffer, src.pos, 0.0f);
   float v = static_cast<float>(octave * 12 - 48) + 100.0f * fraction;
   if (neg && !MKMIDI) v = -v;
   if (MKMIDI) v = v + 12.0f;

@@ -1,6 +1,6 @@
 // The tempo map has no fixed number of records, and finds the record of a
 // beat and lists its conflicts without walking the whole map: the answers
-// must be those of the walks the rules describe.
+// must be those of the plain walks below.
 #include "global/tempo.h"
 
 #include <gtest/gtest.h>
@@ -23,9 +23,8 @@ TEST(TempoMap, TableHasNoFixedLimit) {
     in.src.pos = 2;
     ASSERT_EQ(get_tempo_change(in.src), 0) << in.src.line;
   }
-  EXPECT_EQ(in.run.TOT_TEMPOS, 61);
-  ASSERT_EQ(in.run.TEMPO_LIST.size(), 61u);
-  EXPECT_EQ(in.run.TEMPO_LIST[60].Stime, 60.0f);
+  ASSERT_EQ(in.run.tempo_map.count(), 61);
+  EXPECT_EQ(in.run.tempo_map[60].Stime, 60.0f);
   EXPECT_EQ(find_tempo(in.run, 60.5f), 61.0f);
 }
 
@@ -34,7 +33,8 @@ TEST(TempoMap, TableHasNoFixedLimit) {
 // beat; and a conflict wherever a record starts before the one ahead ends.
 int walk_to_record(const Run& run, float beat) {
   int i = 0;
-  while (beat >= run.TEMPO_LIST[i].Stime && i + 1 < run.TOT_TEMPOS && run.TEMPO_LIST[i + 1].Stime <= beat)
+  const TempoMap& map = run.tempo_map;
+  while (beat >= map[i].Stime && i + 1 < map.count() && map[i + 1].Stime <= beat)
     ++i;
   return i;
 }
@@ -42,10 +42,11 @@ int walk_to_record(const Run& run, float beat) {
 std::string walk_conflicts(const Run& run) {
   std::string out;
   float prev_end = 0.0f;
-  for (int i = 0; i < run.TOT_TEMPOS; ++i) {
-    if (prev_end > run.TEMPO_LIST[i].Stime)
+  const TempoMap& map = run.tempo_map;
+  for (int i = 0; i < map.count(); ++i) {
+    if (prev_end > map[i].Stime)
       out += "\nWARNING: Tempo #" + std::to_string(i + 1) + " conflicts with previous tempo's end time!";
-    prev_end = run.TEMPO_LIST[i].Etime;
+    prev_end = map[i].Etime;
   }
   return out;
 }

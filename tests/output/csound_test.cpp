@@ -6,6 +6,8 @@
 
 #include <limits>
 
+#include "base/vocabulary.h"
+
 #include "block_support.h"
 
 namespace sorvel {
@@ -13,7 +15,7 @@ namespace {
 
 TEST(CsoundWriter, NonFiniteValuesAsPrintfWritesThem) {
   testing::TestBlock t(6);
-  t.block.OUTS = {14, 14, 2, 2, 14};  // p4 and p5 in decibels
+  t.block.OUTS = {CMD_RE, CMD_RE, CMD_DB, CMD_DB, CMD_RE};  // p4 and p5 in decibels
   t.block.RE_FW = {3, 3, 3, 3, 3};
   t.block.FFT_SZ = {4, 4, 4, 4, 4};
   const float inf = std::numeric_limits<float>::infinity();
