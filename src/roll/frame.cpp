@@ -100,13 +100,17 @@ Frame::Frame(const Roll& roll, const RollOptions& options, const std::vector<siz
     seen[n.block] = true;
     const RollBlock& b = roll.blocks[n.block];
     all_semitones = all_semitones && b.semitones;
-    std::string t = midi ? "key" : (b.pitch ? "p" + std::to_string(b.pitch) : "(no p4)");
+    std::string t = midi ? "key" : (b.pitch ? "p" : "(no p4)");
+    if (!midi && b.pitch) append_long(t, b.pitch);
     if (std::find(titles.begin(), titles.end(), t) == titles.end()) titles.push_back(t);
   }
   if (!(vmin <= vmax)) vmin = vmax = 0.0;
-  for (size_t k = 0; k < titles.size(); ++k) y_title += (k ? ", " : "") + titles[k];
+  for (size_t k = 0; k < titles.size(); ++k) {
+    if (k) y_title += ", ";
+    y_title += titles[k];
+  }
   if (y_title.empty()) y_title = "p4";
-  if (all_semitones) y_title = (midi ? "MIDI " : "pitch, ") + y_title;
+  if (all_semitones) y_title.insert(0, midi ? "MIDI " : "pitch, ");
 
   rows = all_semitones && vmax - vmin <= kMostRows;
   if (rows) {

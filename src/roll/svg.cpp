@@ -117,7 +117,9 @@ void draw_notes(std::string& s, const Roll& roll, const Frame& f, const std::vec
     append_long(s, b.number);
     s += "\" fill=\"";
     s += colour_of(block);
-    s += with_amp ? "\">\n" : "\" fill-opacity=\"0.85\">\n";
+    // A thin white edge keeps notes that follow one another apart.
+    s += "\" stroke=\"#ffffff\" stroke-width=\"0.5\"";
+    s += with_amp ? ">\n" : " fill-opacity=\"0.85\">\n";
     // Chord members (same start) that would cover one another stand one
     // note's height above the one before.
     float group_start = 0.0f;
@@ -271,17 +273,16 @@ void draw_legend(std::string& s, const Roll& roll, const Frame& f, bool density,
   if (roll.midi) {
     s += "opacity: velocity";
   } else {
-    std::vector<int> amps;
+    // The amplitude p-fields in use, each once ("p5 (dB)" when in dB).
+    std::vector<std::pair<int, bool>> amps;
     for (const RollBlock& b : roll.blocks)
-      if (b.amp && std::find(amps.begin(), amps.end(), b.amp) == amps.end()) amps.push_back(b.amp);
-    if (amps.empty()) {
-      s += "opacity: none";
-    } else {
-      s += "opacity:";
-      for (int p : amps) {
-        s += " p";
-        append_long(s, p);
-      }
+      if (b.amp && std::find(amps.begin(), amps.end(), std::make_pair(b.amp, b.amp_db)) == amps.end())
+        amps.emplace_back(b.amp, b.amp_db);
+    s += amps.empty() ? "opacity: none" : "opacity:";
+    for (size_t k = 0; k < amps.size(); ++k) {
+      s += k ? ", p" : " p";
+      append_long(s, amps[k].first);
+      if (amps[k].second) s += " (dB)";
     }
   }
   s += "</text>\n";

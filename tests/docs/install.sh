@@ -1,7 +1,8 @@
 #!/bin/sh
 # install.sh -- installs the build into a temporary prefix and checks what
-# a user gets: PREFIX/bin/sorvel turns an example into a score, and
-# PREFIX/share/man/man1/sorvel.1 exists and renders without warnings.
+# a user gets: PREFIX/bin/sorvel turns an example into a score,
+# PREFIX/bin/sorvel-roll draws it, their pages are installed, and
+# PREFIX/share/man/man1/sorvel.1 renders without warnings.
 #
 #   install.sh CMAKE BUILD_DIR SOURCE_DIR
 #
@@ -32,6 +33,15 @@ if [ "$(grep -c '^i1 ' first.sco)" -ne 4 ] || [ "$(tail -n 1 first.sco)" != "e" 
   echo "FAIL: the installed sorvel wrote an unexpected score"; cat first.sco; exit 1
 fi
 echo "ok: $bin wrote a score of 4 notes"
+
+roll=$prefix/bin/sorvel-roll
+[ -x "$roll" ] || { echo "FAIL: $roll was not installed"; exit 1; }
+[ -f "$prefix/share/man/man1/sorvel-roll.1" ] || { echo "FAIL: the sorvel-roll page was not installed"; exit 1; }
+if ! "$roll" -s "$src/examples/first.sor" first.svg >roll.log 2>&1 ||
+   [ "$(grep -c 'class="note"' first.svg)" -ne 4 ]; then
+  echo "FAIL: the installed sorvel-roll did not draw the 4 notes"; cat roll.log; exit 1
+fi
+echo "ok: $roll drew 4 notes"
 
 command -v man >/dev/null 2>&1 || { echo "man not found: the page is not rendered"; exit 77; }
 if ! MANWIDTH=80 man -l "$page" >page.txt 2>page.err; then

@@ -7,7 +7,8 @@
 Each examples/NAME.sor is drawn by sorvel-roll, in a copy of examples/ and
 with the options of its "; Run it:" line, as docs/pictures/NAME.svg. The
 check fails when a committed picture is missing, differs from what the
-program draws now, or belongs to no example.
+program draws now, or belongs to no example, and when docs/guide.md does not
+show one of them.
 
 Exit status 0 when the pictures are up to date (or were written), 1 otherwise.
 """
@@ -64,6 +65,12 @@ def main():
                 committed = None
             if committed != drawn:
                 print('FAIL: docs/pictures/%s.svg is %s' % (name, 'missing' if committed is None else 'out of date'))
+                stale.append(name)
+        with open(os.path.join(source, 'docs', 'guide.md'), encoding='utf-8') as f:
+            guide = f.read()
+        for name in names:
+            if '](pictures/%s.svg)' % name not in guide:
+                print('FAIL: docs/guide.md does not show pictures/%s.svg' % name)
                 stale.append(name)
         if not update and os.path.isdir(pictures):
             for n in sorted(os.listdir(pictures)):
