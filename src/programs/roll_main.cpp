@@ -194,8 +194,10 @@ int main(int argc, char** argv) {
   roll.beats = sorvel::beat_times(run, end);
   roll.caption = run.in_fname;
   const std::string svg = sorvel::draw_roll(roll, options);
-  if (sorvel::notes_in_range(roll, options).size() > options.max_notes)
+  size_t drawn = 0;
+  for (const sorvel::RollNote& n : roll.notes) drawn += sorvel::in_range(n, options);
+  if (drawn > options.max_notes)
     std::fprintf(stderr, "%s: a density image of %zu notes (more than %zu to draw one by one)\n",
-                 svg_name, roll.notes.size(), options.max_notes);
+                 svg_name, drawn, options.max_notes);
   return write_picture(svg_name, svg);
 }

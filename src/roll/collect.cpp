@@ -83,6 +83,7 @@ void RollSink::keep_values(const float* values, int count) {
 void RollSink::take_score_events(const Block& block, RollBlock& rb) {
   const uint32_t index = static_cast<uint32_t>(roll_.blocks.size() - 1);
   const int count = block.MAX_PFIELDS - 3;
+  roll_.notes.reserve(roll_.notes.size() + block.note_list.size());
   const Event* first = block.note_list.handle->next;
   const Event* e = first;
   do {

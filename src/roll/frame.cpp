@@ -52,18 +52,19 @@ std::string tick_label(double v, int decimals) {
 
 }  // namespace
 
+bool in_range(const RollNote& n, const RollOptions& options) {
+  const double start = n.start, end = start + static_cast<double>(n.dur);
+  if (options.to >= 0.0 && !(start < options.to)) return false;
+  if (options.from >= 0.0 && !(end > options.from || (n.dur <= 0.0f && start >= options.from)))
+    return false;
+  return true;
+}
+
 std::vector<size_t> notes_in_range(const Roll& roll, const RollOptions& options) {
   std::vector<size_t> drawn;
   drawn.reserve(roll.notes.size());
-  const bool from = options.from >= 0.0, to = options.to >= 0.0;
-  for (size_t i = 0; i < roll.notes.size(); ++i) {
-    const RollNote& n = roll.notes[i];
-    const double start = n.start, end = start + static_cast<double>(n.dur);
-    bool in = true;
-    if (to) in = start < options.to;
-    if (in && from) in = end > options.from || (n.dur <= 0.0f && start >= options.from);
-    if (in) drawn.push_back(i);
-  }
+  for (size_t i = 0; i < roll.notes.size(); ++i)
+    if (in_range(roll.notes[i], options)) drawn.push_back(i);
   return drawn;
 }
 

@@ -13,6 +13,7 @@ namespace sorvel {
 // those that sound within that span (start before `to` and end after `from`;
 // a note of no length when it starts within it).
 std::vector<size_t> notes_in_range(const Roll& roll, const RollOptions& options);
+bool in_range(const RollNote& n, const RollOptions& options);
 
 struct Frame {
   Frame(const Roll& roll, const RollOptions& options, const std::vector<size_t>& drawn);
