@@ -84,6 +84,7 @@ Frame::Frame(const Roll& roll, const RollOptions& options, const std::vector<siz
   t0 = options.from >= 0.0 ? options.from : first;
   t1 = options.to >= 0.0 ? options.to : last;
   if (!(t1 > t0)) t1 = t0 + 1.0;
+  if (!(t1 > t0)) t1 = t0 + std::abs(t0) * 0.05;  // too late for a second to show
 
   // Values: every semitone a row when all blocks drawn hold pitches, else a
   // plain scale.
@@ -123,6 +124,10 @@ Frame::Frame(const Roll& roll, const RollOptions& options, const std::vector<siz
     const double pad = vmax > vmin ? (vmax - vmin) * 0.05 : 1.0;
     lo = vmin - pad;
     hi = vmax + pad;
+    if (!(hi > lo)) {  // values too large for a pad of 1 to show
+      lo = vmin - std::abs(vmin) * 0.05;
+      hi = vmax + std::abs(vmax) * 0.05;
+    }
     note_h = 6.0;
     plot_h = kLinearHeight;
   }

@@ -17,7 +17,14 @@ std::vector<double> nice_ticks(double lo, double hi, int about, int& decimals) {
     }
   }
   decimals = step >= 1.0 ? 0 : static_cast<int>(std::ceil(-std::log10(step) - 1e-9));
-  for (double k = std::ceil(lo / step); k * step <= hi + step * 1e-9; k += 1.0) ticks.push_back(k * step);
+  // Counted from the first tick, so that steps too small for the values'
+  // precision still end (at most a few times `about` ticks).
+  const double first = std::ceil(lo / step);
+  for (int k = 0; k <= 4 * about + 4; ++k) {
+    const double v = (first + k) * step;
+    if (!(v <= hi + step * 1e-9)) break;
+    ticks.push_back(v);
+  }
   return ticks;
 }
 

@@ -170,19 +170,20 @@ void draw_notes(std::string& s, const Roll& roll, const Frame& f, const std::vec
 // of notes sounding in it (on a logarithmic scale, eight steps); cells of one
 // step next to each other in a row are one rectangle.
 void draw_density(std::string& s, const Roll& roll, const Frame& f, const std::vector<size_t>& drawn) {
-  constexpr double kCell = 2.0;
-  const int cols = std::max(1, static_cast<int>(std::ceil(f.plot_w / kCell)));
-  const int rows = std::max(1, static_cast<int>(std::ceil(f.plot_h / kCell)));
+  // Cells of 2 pixels, larger in a very large picture (at most 2000 by 1000).
+  const double cell_w = std::max(2.0, f.plot_w / 2000.0), cell_h = std::max(2.0, f.plot_h / 1000.0);
+  const int cols = std::max(1, static_cast<int>(std::ceil(f.plot_w / cell_w)));
+  const int rows = std::max(1, static_cast<int>(std::ceil(f.plot_h / cell_h)));
   // Counts kept as differences along each row: one step per note.
   std::vector<int32_t> diff(static_cast<size_t>(rows) * static_cast<size_t>(cols + 1), 0);
   auto col_of = [&](double t) {
-    const double c = std::floor((f.x(t) - f.left) / kCell);
+    const double c = std::floor((f.x(t) - f.left) / cell_w);
     return static_cast<int>(std::clamp(std::isfinite(c) ? c : 0.0, 0.0, cols - 1.0));
   };
   for (size_t i : drawn) {
     const RollNote& n = roll.notes[i];
     const double mid = f.y_top(n.y) + f.note_h / 2.0;
-    const double r = std::floor((mid - f.top) / kCell);
+    const double r = std::floor((mid - f.top) / cell_h);
     const int row = static_cast<int>(std::clamp(std::isfinite(r) ? r : 0.0, 0.0, rows - 1.0));
     const int c0 = col_of(std::max(static_cast<double>(n.start), f.t0));
     const int c1 = col_of(std::min(static_cast<double>(n.start) + static_cast<double>(n.dur), f.t1));
@@ -218,13 +219,13 @@ void draw_density(std::string& s, const Roll& roll, const Frame& f, const std::v
         ++end;
       if (level > 0) {
         s += "<rect class=\"cell\" x=\"";
-        append_coord(s, f.left + c * kCell);
+        append_coord(s, f.left + c * cell_w);
         s += "\" y=\"";
-        append_coord(s, f.top + r * kCell);
+        append_coord(s, f.top + r * cell_h);
         s += "\" width=\"";
-        append_coord(s, (end - c) * kCell);
+        append_coord(s, (end - c) * cell_w);
         s += "\" height=\"";
-        append_coord(s, kCell);
+        append_coord(s, cell_h);
         s += "\" fill-opacity=\"";
         append_coord(s, 0.125 * level);
         s += "\"/>\n";

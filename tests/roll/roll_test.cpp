@@ -204,6 +204,8 @@ TEST(RollScale, TicksAtRoundSteps) {
   ASSERT_EQ(t.size(), 4u);
   EXPECT_DOUBLE_EQ(t[0], 0.2);
   EXPECT_TRUE(nice_ticks(1, 1, 8, decimals).empty());
+  // Steps below the precision of the values: a few ticks, not an endless loop.
+  EXPECT_LE(nice_ticks(1e16, 1e16 + 1e5, 8, decimals).size(), 36u);
 }
 
 // A roll of one block of plain values, made by hand.
@@ -294,6 +296,14 @@ TEST(RollPicture, NothingThatIsNotANumberReachesACoordinate) {
   EXPECT_EQ(count(svg, "class=\"note\""), 3u);
   for (const char* name : {"x", "y", "width", "height"})
     for (const std::string& v : attribute(svg, name)) EXPECT_EQ(v.find_first_not_of("-0123456789."), std::string::npos) << v;
+  // Values and times far beyond any score, in the largest picture, drawn
+  // one by one and as a density image.
+  const Roll huge = hand_roll({{3e38f, 3e38f, 3e38f, 0, 0}, {3e38f, 1, -3e38f, 0, 0}, {1e20f, 1, 1e20f, 0, 0}});
+  RollOptions o;
+  o.width = 100000;
+  EXPECT_EQ(count(draw_roll(huge, o), "class=\"note\""), 3u);
+  o.max_notes = 0;
+  EXPECT_NE(draw_roll(huge, o).find("density image: 3 notes"), std::string::npos);
 }
 
 }  // namespace
