@@ -99,7 +99,7 @@ int do_iblock(Ctx& c, int& block_no, BlockSink& writer, const std::vector<BlockS
   int r = parse_iblock(c);
   if (r > 0) return r;
 
-  FinishedBlock finished{block_no, block, run};
+  const FinishedBlock finished{block_no, block, run};
   if ((r = writer.take_block(finished))) return r;
   if (!block.note_list.handle) {  // nothing sounded: the writer wrote nothing
     if (block_no == 1) Mprintf(run, "\n\n\t(N.B. No I-Block Data Written)");
@@ -129,8 +129,8 @@ int run_blocks(Run& run, const std::vector<BlockSink*>& sinks) {
   Block block(run.MAX_EVENTS);
   Pfield pfield;
   Ctx c{run, block, pfield, src};
-  CsoundWriter csound(run);
-  MidiWriter midi(run);
+  CsoundWriter csound(run, block);
+  MidiWriter midi(run, block);
   BlockSink& writer = run.MKMIDI ? static_cast<BlockSink&>(midi) : csound;
 
   auto fail = [&](int number) {

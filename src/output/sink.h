@@ -18,14 +18,15 @@ namespace sorvel {
 //   run          the settings and the tempo map (TEMPO_LIST, TOT_TEMPOS,
 //                find_tempo), SRATE, MKMIDI
 //
-// The writer receives the list as the block made it, rests included, and
-// takes the rests out as it writes (the MIDI writer also adds the note-offs
-// and turns p4 and p5 into velocity and key). Every sink after it receives
-// the list as written: the sounding events only, and with MKMIDI the
-// note-ons (`code` 1) and note-offs (`code` 0) in the order of the file.
+// The writer goes first. It is made with the block it writes and changes
+// it: it takes the rests out as it writes (the MIDI writer also adds the
+// note-offs and turns p4 and p5 into velocity and key). Every sink after it
+// receives the list as written, and only reads it: the sounding events, and
+// with MKMIDI the note-ons (`code` 1) and note-offs (`code` 0) in the order
+// of the file.
 struct FinishedBlock {
   int number;
-  Block& block;
+  const Block& block;
   const Run& run;
 };
 
@@ -35,7 +36,7 @@ class BlockSink {
   // Takes one finished block. Returns 0, or a positive error number that
   // ends the run. A block whose list is empty once the writer is done (no
   // event sounded) goes to no further sink.
-  virtual int take_block(FinishedBlock& b) = 0;
+  virtual int take_block(const FinishedBlock& b) = 0;
 };
 
 }  // namespace sorvel

@@ -8,8 +8,8 @@
 
 namespace sorvel {
 
-int CsoundWriter::take_block(FinishedBlock& b) {
-  Block& block = b.block;
+int CsoundWriter::take_block(const FinishedBlock& b) {
+  Block& block = block_;
   if (!block.note_list.handle) return 0;
   std::string head = "\n;I-block #" + std::to_string(b.number) + " (i" +
                      std::to_string(block.I_NO) + "):";
@@ -18,8 +18,8 @@ int CsoundWriter::take_block(FinishedBlock& b) {
   return 0;
 }
 
-int MidiWriter::take_block(FinishedBlock& b) {
-  Block& block = b.block;
+int MidiWriter::take_block(const FinishedBlock&) {
+  Block& block = block_;
   if (block.note_list.handle && block.MAX_PFIELDS < 5) return 4;
   uint32_t track_bytes = 0;
   if (List2MIDI(run_, block, track_bytes)) {

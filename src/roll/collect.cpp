@@ -41,7 +41,7 @@ int default_amp_pfield(const Block& block) {
   return 0;
 }
 
-int RollSink::take_block(FinishedBlock& b) {
+int RollSink::take_block(const FinishedBlock& b) {
   const Block& block = b.block;
   roll_.midi = b.run.MKMIDI != 0;
   roll_.SRATE = b.run.SRATE;

@@ -16,7 +16,7 @@ namespace sorvel {
 class RollSink : public BlockSink {
  public:
   RollSink(Roll& roll, const RollOptions& options) : roll_(roll), options_(options) {}
-  int take_block(FinishedBlock& b) override;
+  int take_block(const FinishedBlock& b) override;
 
  private:
   void take_score_events(const Block& block, RollBlock& rb);

@@ -34,7 +34,7 @@ struct Seen {
 class RecordingSink : public BlockSink {
  public:
   std::vector<Seen> blocks;
-  int take_block(FinishedBlock& b) override {
+  int take_block(const FinishedBlock& b) override {
     Seen s{b.number, b.block.I_NO, b.block.MAX_PFIELDS, {}, {}, {}, 0};
     if (b.block.MAX_PFIELDS >= 5) s.ins5 = b.block.INS[3];
     const Event* first = b.block.note_list.handle->next;
@@ -120,7 +120,7 @@ TEST_F(Seam, WithMidiSinksSeeTheNoteOnsAndOffsOfTheFile) {
 
 TEST_F(Seam, ASinkErrorEndsTheRunAsAnErrorOfTheBlock) {
   struct Refuse : BlockSink {
-    int take_block(FinishedBlock&) override { return 32; }
+    int take_block(const FinishedBlock&) override { return 32; }
   } refuse;
   EXPECT_EQ(run("i1 = 4 0 -1 {\n p2 1\n p3 1\n p4 1\n}\n", {&refuse}), 1);
   EXPECT_NE(messages.find("Yikes, out of memory!"), std::string::npos);
