@@ -112,12 +112,24 @@ int take_roll_options(int argc, char** argv, RollOptions& o, std::vector<char*>&
   return 0;
 }
 
+// Names of one file: equal, naming one existing file, or, for names not
+// there yet, one place once their directories are resolved.
 bool same_name(const char* a, const char* b) {
   if (!a || !b) return false;
   if (std::strcmp(a, b) == 0) return true;
+  namespace fs = std::filesystem;
   std::error_code ec;
-  const bool same = std::filesystem::equivalent(a, b, ec);
-  return !ec && same;
+  const bool same = fs::equivalent(a, b, ec);
+  if (!ec) return same;
+  auto resolved = [](const char* name, fs::path& out) {
+    std::error_code e1, e2;
+    const fs::path whole = fs::absolute(name, e1);
+    if (e1) return false;
+    out = fs::weakly_canonical(whole, e2);
+    return !e2;
+  };
+  fs::path pa, pb;
+  return resolved(a, pa) && resolved(b, pb) && pa == pb;
 }
 
 // Writes the picture beside its place and renames it there, so a failed

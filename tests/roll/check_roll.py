@@ -296,9 +296,14 @@ def check_failures(roll, sorvel, work):
     leftovers = [n for n in os.listdir(work) if n.startswith(('new.svg', 'keep.svg.'))]
     if leftovers:
         fail('files left behind: %s' % leftovers)
-    status, _, err = run([roll, 'options.sor', 'options.sor'], work)
-    if status != 1 or "can't use a filename multiple times" not in err:
-        fail('sorvel-roll options.sor options.sor: not refused (%d)' % status)
+    for args in (['options.sor', 'options.sor'], ['options.sor', './options.sor'],
+                 ['-l', 'new.log', 'options.sor', './new.log'], ['-x./sub/../new.x', 'options.sor', 'new.x']):
+        os.makedirs(os.path.join(work, 'sub'), exist_ok=True)
+        status, _, err = run([roll] + args, work)
+        if status != 1 or "can't use a filename multiple times" not in err:
+            fail('sorvel-roll %s: not refused (%d)' % (' '.join(args), status))
+        if any(os.path.exists(os.path.join(work, n)) for n in ('new.log', 'new.x')):
+            fail('sorvel-roll %s: a file was written' % ' '.join(args))
     status, _, err = run([roll, '--pitch', 'q5', 'options.sor', 'o.svg'], work)
     if status != 1 or 'Bad value for --pitch' not in err:
         fail('sorvel-roll --pitch q5: not refused (%d)' % status)
