@@ -6,6 +6,7 @@
 #include "global/tempo.h"
 #include "input/commands.h"
 #include "output/midi.h"
+#include "roll/frame.h"
 
 namespace sorvel {
 
@@ -69,9 +70,10 @@ int RollSink::take_block(const FinishedBlock& b) {
   return 0;
 }
 
-void RollSink::keep_values(const float* values, int count) {
+void RollSink::keep_values(const float* values, int count, bool shown) {
   if (roll_.values_dropped) return;
-  if (roll_.notes.size() > options_.max_notes) {
+  shown_ += shown;
+  if (shown_ > options_.max_notes) {
     roll_.values.clear();
     roll_.values.shrink_to_fit();
     roll_.values_dropped = true;
@@ -91,7 +93,7 @@ void RollSink::take_score_events(const Block& block, RollBlock& rb) {
     const float y = rb.pitch ? pf[rb.pitch - 4] : 0.0f;
     const float amp = rb.amp ? pf[rb.amp - 4] : 0.0f;
     roll_.notes.push_back(RollNote{e->start, e->dur, y, amp, index});
-    keep_values(pf, count);
+    keep_values(pf, count, in_range(roll_.notes.back(), options_));
     ++rb.notes;
     e = e->next;
   } while (e != first);
@@ -123,7 +125,7 @@ void RollSink::take_midi_events(const Block& block) {
       roll_.notes.push_back(RollNote{seconds, 0.0f, static_cast<float>(key),
                                      static_cast<float>(velocity), index});
       const float kv[2] = {static_cast<float>(key), static_cast<float>(velocity)};
-      keep_values(kv, 2);
+      keep_values(kv, 2, true);
       ++rb.notes;
     } else if (!sounding[key].empty()) {
       const size_t n = sounding[key].front();

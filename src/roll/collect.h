@@ -21,10 +21,13 @@ class RollSink : public BlockSink {
  private:
   void take_score_events(const Block& block, RollBlock& rb);
   void take_midi_events(const Block& block);
-  void keep_values(const float* values, int count);
+  // Keeps a note's values for its title, until more notes are to be shown
+  // than the picture draws one by one (`shown`: the note is in the span).
+  void keep_values(const float* values, int count, bool shown);
 
   Roll& roll_;
   RollOptions options_;
+  size_t shown_ = 0;  // notes taken that the picture shows
 };
 
 // The first pitch p-field of a block (written as hz, op or od, or read as

@@ -50,8 +50,8 @@ struct Roll {
   std::vector<RollBlock> blocks;
   std::vector<RollNote> notes;
   // p4 ... pN of each note in turn, for its title; with MIDI the key and the
-  // velocity. Dropped (and no longer kept) once there are more notes than
-  // the picture draws one by one.
+  // velocity. Dropped (and no longer kept) once the picture is to show more
+  // notes than it draws one by one.
   std::vector<float> values;
   bool values_dropped = false;
   std::vector<double> beats;  // seconds at which beat 0, 1, 2 ... begins

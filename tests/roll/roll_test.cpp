@@ -160,6 +160,25 @@ TEST_F(Seam, RollTakesPitchAndAmplitudeByTheirTypes) {
   EXPECT_EQ(chosen.blocks[0].amp, 0);
 }
 
+TEST_F(Seam, TitlesKeepTheirValuesWhileThePictureDrawsNotesOneByOne) {
+  const std::string text = "i1 = 4 0 -5 {\n p2 1\n p3 1\n p4 1 2 3 4 5\n}\n";
+  RollOptions o;
+  o.max_notes = 2;
+  Roll all;
+  RollSink sink(all, o);
+  ASSERT_EQ(run(text, {&sink}), 0);
+  EXPECT_TRUE(all.values_dropped);  // 5 notes to show, 2 drawn one by one at most
+  EXPECT_TRUE(all.values.empty());
+  o.to = 1.5;  // two notes shown
+  Roll part;
+  RollSink sink2(part, o);
+  ASSERT_EQ(run(text, {&sink2}), 0);
+  EXPECT_FALSE(part.values_dropped);
+  EXPECT_EQ(part.values, (std::vector<float>{1, 2, 3, 4, 5}));
+  EXPECT_NE(draw_roll(part, o).find("<title>block 1, i1: p2 1.000 p3 1.000 p4 2.000</title>"),
+            std::string::npos);
+}
+
 TEST_F(Seam, MidiRollHasTheTicksTheFileHolds) {
   Roll roll;
   RollSink sink(roll, RollOptions{});
