@@ -1,5 +1,6 @@
 #include "roll/collect.h"
 
+#include <algorithm>
 #include <cmath>
 #include <deque>
 
@@ -85,7 +86,8 @@ void RollSink::keep_values(const float* values, int count, bool shown) {
 void RollSink::take_score_events(const Block& block, RollBlock& rb) {
   const uint32_t index = static_cast<uint32_t>(roll_.blocks.size() - 1);
   const int count = block.MAX_PFIELDS - 3;
-  roll_.notes.reserve(roll_.notes.size() + block.note_list.size());
+  const size_t need = roll_.notes.size() + block.note_list.size();
+  if (need > roll_.notes.capacity()) roll_.notes.reserve(std::max(need, 2 * roll_.notes.capacity()));
   const Event* first = block.note_list.handle->next;
   const Event* e = first;
   do {
