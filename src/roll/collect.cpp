@@ -54,6 +54,8 @@ int RollSink::take_block(const FinishedBlock& b) {
   rb.OUTS = block.OUTS;
   rb.RE_FW = block.RE_FW;
   rb.FFT_SZ = block.FFT_SZ;
+  rb.first_note = roll_.notes.size();
+  rb.values_at = roll_.values.size();
   if (roll_.midi) {
     rb.semitones = true;
     roll_.blocks.push_back(rb);

@@ -31,6 +31,8 @@ struct RollBlock {
   int amp = 0;          // p-field of the opacity (0: none; with MIDI: the velocity)
   bool amp_db = false;  // the amplitudes are read or written in dB: opacity by their dB
   size_t notes = 0;     // notes of this block
+  size_t first_note = 0;  // index in Roll::notes of its first note
+  size_t values_at = 0;   // index in Roll::values of its first note's values
   // Per p-field k at index k - 2, as the score writer uses them.
   std::vector<int> OUTS, RE_FW, FFT_SZ;
 };

@@ -38,8 +38,9 @@ void append_score_title(std::string& s, const Roll& roll, const RollBlock& b, co
   s += " p3 ";
   append_text_number(s, n.dur, b.RE_FW[1]);
   if (roll.values_dropped) return;
+  // The block's notes and their values lie one after another.
   const size_t count = static_cast<size_t>(b.MAX_PFIELDS - 3);
-  const float* v = roll.values.data() + index * count;
+  const float* v = roll.values.data() + b.values_at + (index - b.first_note) * count;
   char text[kNumTextMax + 80];
   for (int p = 4; p <= b.MAX_PFIELDS; ++p) {
     const size_t k = static_cast<size_t>(p - 2);

@@ -58,7 +58,7 @@ def score_blocks(score):
             blocks[current] = []
         elif line.startswith('i'):
             words = line.split()
-            blocks[current].append((float(words[1]), float(words[2])))
+            blocks[current].append((float(words[1]), float(words[2]), words[1:]))
     return blocks
 
 
@@ -139,11 +139,17 @@ def compare_with_score(root, what, blocks):
         if len(drawn) != len(lines):
             fail('%s: block %d: %d notes drawn, %d in the score' % (what, number, len(drawn), len(lines)))
             continue
-        for e, (p2, p3) in zip(drawn, lines):
+        for e, (p2, p3, fields) in zip(drawn, lines):
             start, dur = float(e.get('data-start')), float(e.get('data-dur'))
             if abs(start - p2) > 0.0006 or abs(dur - p3) > 0.0006:
                 fail('%s: block %d: a note at %s for %s, the score has %s for %s'
                      % (what, number, start, dur, p2, p3))
+                break
+            # The title shows the p-fields as the score line has them.
+            title = e.find(SVG + 'title').text
+            shown = re.findall(r' p\d+ (\S+)', title)
+            if shown != fields:
+                fail('%s: block %d: the title "%s" does not show the line %s' % (what, number, title, fields))
                 break
 
 
@@ -246,7 +252,7 @@ def check_options(roll, sorvel, work):
         root = picture(['--from', str(lo), '--to', str(hi)])
         if root is None:
             continue
-        want = [p2 for p2, p3 in events if p2 < hi and p2 + p3 > lo]
+        want = [p2 for p2, p3, _ in events if p2 < hi and p2 + p3 > lo]
         got = [float(e.get('data-start')) for e in notes_of(root)]
         if len(got) != len(want) or any(abs(a - b) > 0.0006 for a, b in zip(got, want)):
             fail('--from %s --to %s: notes at %s, the score sounds %s' % (lo, hi, got, want))
