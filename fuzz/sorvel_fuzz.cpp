@@ -1,7 +1,7 @@
 // Fuzz target: one whole Sorvel run on the fuzzed bytes.
 //
-// The first byte chooses the options (-m -s -t -x -l); the rest is the input
-// file. Runs happen in a private directory that also holds two include files,
+// The first byte chooses the options (-m -s -t -x -l) and whether the run is
+// also drawn as a roll; the rest is the input file. Runs happen in a private directory that also holds two include files,
 // so "#include |inc1.sor|" (and the input including itself) reach real files.
 // After every run the directory must hold nothing but what the run is allowed
 // to leave: a leftover temporary file is reported as a crash.
@@ -16,6 +16,8 @@
 #include <vector>
 
 #include "driver/run.h"
+#include "roll/collect.h"
+#include "roll/roll.h"
 
 namespace {
 
@@ -101,7 +103,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   run.console = sink;
   run.tmp_dir = g_dir;
   run.MAX_EVENTS = 20000;  // keeps each run fast; the limit itself is what is tested
-  sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data());
+  // Bit 32 draws the run's roll too; bit 64 makes it a density image.
+  sorvel::Roll roll;
+  sorvel::RollOptions roll_options;
+  if (flags & 64) roll_options.max_notes = 16;
+  sorvel::RollSink roll_sink(roll, roll_options);
+  std::vector<sorvel::BlockSink*> sinks;
+  if (flags & 32) sinks.push_back(&roll_sink);
+  const int status = sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data(), sinks);
+  if (status == 0 && (flags & 32)) {
+    roll.beats = sorvel::beat_times(run, 600.0);
+    if (sorvel::draw_roll(roll, roll_options).empty()) std::abort();
+  }
   check_directory();
   if (chdir(g_home.c_str()) != 0) std::abort();
   return 0;
