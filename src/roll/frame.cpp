@@ -70,6 +70,7 @@ std::vector<size_t> notes_in_range(const Roll& roll, const RollOptions& options)
 
 Frame::Frame(const Roll& roll, const RollOptions& options, const std::vector<size_t>& drawn) {
   midi = roll.midi;
+  if (drawn.size() > options.max_notes) top += 18.0;  // room to say it is a density image
   width = std::clamp(static_cast<double>(options.width), 400.0, 100000.0);
   plot_w = width - left - kRight;
 
@@ -153,8 +154,10 @@ void draw_frame(std::string& s, const Roll& roll, const Frame& f) {
   const double count = static_cast<double>(last - first);
   size_t step = 1, label_step = 1;
   while (count / static_cast<double>(step) > f.plot_w / 6.0) step *= 2;
+  // A label needs room for its digits and a gap.
+  const double label_w = 12.0 + 7.0 * static_cast<double>(std::to_string(last).size());
   label_step = step;
-  while (count / static_cast<double>(label_step) > f.plot_w / 40.0) label_step *= 2;
+  while (count / static_cast<double>(label_step) > f.plot_w / label_w) label_step *= 2;
   s += "<g class=\"beats\" stroke=\"#d8d8d8\" stroke-width=\"1\">\n";
   for (size_t b = first; b < last; ++b)
     if (b % step == 0) line(s, "beat", f.x(roll.beats[b]), f.top, f.x(roll.beats[b]), bottom);

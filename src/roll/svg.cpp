@@ -292,7 +292,7 @@ void draw_legend(std::string& s, const Roll& roll, const Frame& f, bool density,
     s += "<text class=\"density-note\" x=\"";
     append_coord(s, f.left);
     s += "\" y=\"";
-    append_coord(s, f.top - 8.0);
+    append_coord(s, f.top - 22.0);
     s += "\">density image: ";
     append_long(s, static_cast<long>(notes));
     s += " notes, more than ";
