@@ -3,10 +3,11 @@
 // The first byte chooses the options (-m -s -t -x -l) and the files around
 // the run: whether a previous score is there, whether the output is named
 // through a symbolic link, whether the file layer works the plain way (new
-// files named from the start); the rest is the input file. Runs happen in a
-// private directory that also holds two include files, so "#include
-// |inc1.sor|" (and the input including itself, or including one of the run's
-// own files) reach real files. After every run the directory must hold
+// files named from the start); a run beside a previous score is also drawn
+// as a roll (a density image when the files work the plain way); the rest is
+// the input file. Runs happen in a private directory that also holds two
+// include files, so "#include |inc1.sor|" (and the input including itself,
+// or including one of the run's own files) reach real files. After every run the directory must hold
 // nothing but what the run is allowed to leave, a failed run must have left
 // the previous score as it was (or none), and the temporary directory must
 // be empty: anything else is reported as a crash. The private directory is
@@ -24,6 +25,8 @@
 #include <vector>
 
 #include "driver/run.h"
+#include "roll/collect.h"
+#include "roll/roll.h"
 
 namespace {
 
@@ -160,7 +163,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   run.tmp_dir = g_tmp;
   run.plain_files = flags & 64;
   run.MAX_EVENTS = 20000;  // keeps each run fast; the limit itself is what is tested
-  const int status = sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data());
+  // A run beside a previous score is drawn as a roll too; one that works
+  // the plain way, as a density image.
+  sorvel::Roll roll;
+  sorvel::RollOptions roll_options;
+  if (flags & 64) roll_options.max_notes = 16;
+  sorvel::RollSink roll_sink(roll, roll_options);
+  std::vector<sorvel::BlockSink*> sinks;
+  if (previous) sinks.push_back(&roll_sink);
+  const int status = sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data(), sinks);
+  if (status == 0 && previous) {
+    roll.beats = sorvel::beat_times(run, 600.0);
+    if (sorvel::draw_roll(roll, roll_options).empty()) std::abort();
+  }
   check_directory(".", false);
   check_directory("tmp", true);
   check_outputs(status, previous, flags & 16, flags & 8);

@@ -12,9 +12,8 @@
 #include "input/includes.h"
 #include "input/preproc.h"
 #include "input/source.h"
-#include "output/csound.h"
 #include "output/events.h"
-#include "output/midi.h"
+#include "output/writers.h"
 #include "pfield/state.h"
 
 namespace sorvel {
@@ -30,34 +29,22 @@ bool clean_up(Run& run, Block* block, RunFiles& files, bool ok) {
   return files.finish(ok);
 }
 
-// Parses one i-block and writes it. Returns 0 or a positive error number.
-int do_iblock(Ctx& c, int& block_no) {
+// Parses one i-block and hands it to the writer, then, when something
+// sounded, to every other sink. Returns 0 or a positive error number.
+int do_iblock(Ctx& c, int& block_no, BlockSink& writer, const std::vector<BlockSink*>& sinks) {
   Run& run = c.run;
   Block& block = c.block;
   int r = parse_iblock(c);
   if (r > 0) return r;
 
-  int wrote;
-  if (!run.MKMIDI && block.note_list.handle) {
-    std::string head = "\n;I-block #" + std::to_string(block_no) + " (i" +
-                       std::to_string(block.I_NO) + "):";
-    std::fputs(head.c_str(), run.fout);
-    wrote = print_csound(run, block, run.fout);
-  } else {
-    if (run.MKMIDI && block.note_list.handle && block.MAX_PFIELDS < 5) return 4;
-    uint32_t track_bytes = 0;
-    wrote = List2MIDI(run, block, track_bytes);
-    if (wrote) {
-      const Event* last = block.note_list.handle;
-      PutMidiHeader(run.fout, 2);
-      PutTrack1(run.fout, last->start + last->dur + 1.0f);
-      WriteTrack(run.fout, block.note_list, track_bytes);
-    }
-  }
-  if (!wrote) {
+  const FinishedBlock finished{block_no, block, run};
+  if ((r = writer.take_block(finished))) return r;
+  if (!block.note_list.handle) {  // nothing sounded: the writer wrote nothing
     if (block_no == 1) Mprintf(run, "\n\n\t(N.B. No I-Block Data Written)");
     return 0;
   }
+  for (BlockSink* sink : sinks)
+    if ((r = sink->take_block(finished))) return r;
 
   double secs = 0.0, end_secs = 0.0;
   float beats = 0.0f;
@@ -75,11 +62,14 @@ int do_iblock(Ctx& c, int& block_no) {
 
 // The main loop over g-blocks and i-blocks, once the temporary file is open
 // for reading. Returns the exit status.
-int run_blocks(Run& run, RunFiles& files) {
+int run_blocks(Run& run, RunFiles& files, const std::vector<BlockSink*>& sinks) {
   Source src(run, run.fin);
   Block block(run.MAX_EVENTS);
   Pfield pfield;
   Ctx c{run, block, pfield, src};
+  CsoundWriter csound(run, block);
+  MidiWriter midi(run, block);
+  BlockSink& writer = run.MKMIDI ? static_cast<BlockSink&>(midi) : csound;
 
   // A read of the temporary file that failed ends the input early: that,
   // not what the parsers made of it, is the error.
@@ -94,7 +84,7 @@ int run_blocks(Run& run, RunFiles& files) {
     for (;;) {
       int r = parse_gblock(src, run.fout);
       if (r > 0) return fail(r);
-      r = do_iblock(c, block_no);
+      r = do_iblock(c, block_no, writer, sinks);
       if (r > 0) return fail(r);
       if (files.write_failed()) {
         clean_up(run, &block, files, false);
@@ -124,7 +114,7 @@ int run_blocks(Run& run, RunFiles& files) {
 
 }  // namespace
 
-int run_sorvel(Run& run, int argc, char** argv) {
+int run_sorvel(Run& run, int argc, char** argv, const std::vector<BlockSink*>& sinks) {
   if (get_options(run, argc, argv)) return 1;
   if (check_fnames(run)) return 1;
   RunFiles files(run);
@@ -157,7 +147,7 @@ int run_sorvel(Run& run, int argc, char** argv) {
     clean_up(run, nullptr, files, false);
     return 1;
   }
-  return run_blocks(run, files);
+  return run_blocks(run, files, sinks);
 }
 
 }  // namespace sorvel

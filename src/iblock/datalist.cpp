@@ -44,6 +44,7 @@ int set_input_type(Ctx& c, int code, const CommandExtras& extras) {
   if (p.P_NO == 2 && code != CMD_RE && code != CMD_IN && code != CMD_RH) return 21;
   if (p.P_NO == 3 && code != CMD_RE && code != CMD_IN) return 26;
   p.IN_TYPE = code;
+  c.block.INS[static_cast<size_t>(p.P_NO - 2)] |= 1u << code;
   if (extras.nx != -1) p.NX = extras.nx;
   if (code == CMD_RE && extras.digits >= 0)
     c.block.RE_FW[static_cast<size_t>(p.P_NO - 2)] = extras.digits;

@@ -77,6 +77,7 @@ int do_p1(Ctx& c) {
   b.OUTS.assign(static_cast<size_t>(n - 1), CMD_RE);
   b.RE_FW.assign(static_cast<size_t>(n - 1), c.run.RE_FW_DEFAULT);
   b.FFT_SZ.assign(static_cast<size_t>(n - 1), c.run.FFT_SZ_DEFAULT);
+  b.INS.assign(static_cast<size_t>(n - 1), 1u << CMD_RE);
 
   if ((r = skip_gap(src))) return r;
   float start;

@@ -28,6 +28,9 @@ struct Block {
   int DID_P[kMaxPfields + 1] = {};  // DID_P[k] = 1 once p-field k has been read
   // Per p-field k at index k - 2: output type, "re" decimals, "bn" size index.
   std::vector<int> OUTS, RE_FW, FFT_SZ;
+  // Per p-field k at index k - 2: the input types it was read in, one bit
+  // (1u << code) for each.
+  std::vector<unsigned> INS;
   EventList note_list;
 };
 

@@ -66,6 +66,10 @@ char* put_value(char* p, float v, const Column& col, unsigned srate) {
 
 }  // namespace
 
+char* put_pfield(char* p, float v, int code, int decimals_, int fft, unsigned srate) {
+  return put_value(p, v, Column{code, decimals(decimals_), fft}, srate);
+}
+
 // Walks the list from its first event, writing every event that sounds and
 // taking every rest out of the list (the handle moves back when the last event
 // goes). A list of rests only is reported and emptied.

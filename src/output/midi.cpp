@@ -28,6 +28,8 @@ uint32_t midi_delta(float seconds) {
   return ticks > kLargestDelta ? kLargestDelta : ticks;
 }
 
+int midi_data_byte(float v) { return static_cast<int>(static_cast<uint32_t>(trunc_i32(v)) & 0xFF); }
+
 namespace {
 
 void put_bytes(FILE* f, std::initializer_list<int> bytes) {
@@ -38,9 +40,6 @@ void put_u32(FILE* f, uint32_t v) {
   put_bytes(f, {static_cast<int>(v >> 24 & 0xFF), static_cast<int>(v >> 16 & 0xFF),
                 static_cast<int>(v >> 8 & 0xFF), static_cast<int>(v & 0xFF)});
 }
-
-// The low eight bits of a value truncated toward zero.
-int data_byte(float v) { return static_cast<int>(static_cast<uint32_t>(trunc_i32(v)) & 0xFF); }
 
 // Unlinks the event after `prev` (the handle moves back when it was the last).
 void unlink_after(Event* prev, EventList& list) {
@@ -257,9 +256,9 @@ void WriteTrack(FILE* file, EventList& list, uint32_t size) {
   do {
     const uint32_t delta = midi_delta(e->start - previous);
     if (e->code == 1)
-      NoteOn(file, delta, data_byte(e->pf()[1]), data_byte(e->pf()[0]), 0);
+      NoteOn(file, delta, midi_data_byte(e->pf()[1]), midi_data_byte(e->pf()[0]), 0);
     else
-      NoteOff(file, delta, data_byte(e->pf()[1]), 0);
+      NoteOff(file, delta, midi_data_byte(e->pf()[1]), 0);
     previous = e->start;
     e = e->next;
   } while (e != first);

@@ -15,6 +15,8 @@ namespace sorvel {
 uint32_t midi_ticks(float seconds);
 // The same, clamped to 0x0FFFFFFF, the most a four-byte delta can hold.
 uint32_t midi_delta(float seconds);
+// A key or velocity as the file holds it: truncated toward zero, low 8 bits.
+int midi_data_byte(float v);
 
 // Turns the block's events into note-ons and note-offs, listing each; `size`
 // receives the bytes of the note track's events. Returns 1 when there is at

@@ -1,10 +1,11 @@
 #!/bin/sh
 # install.sh -- installs the build into a temporary prefix and checks what
-# a user gets: PREFIX/bin/sorvel turns the installed example into a score;
-# PREFIX/share/doc/sorvel holds the guide, the licence and every example with
-# its orchestra, the same as in the source tree, and every file that the man
-# page's SEE ALSO names; PREFIX/share/man/man1/sorvel.1 exists and renders
-# without warnings.
+# a user gets: PREFIX/bin/sorvel turns the installed example into a score and
+# PREFIX/bin/sorvel-roll draws it; PREFIX/share/doc/sorvel holds the guide,
+# the licence, the pictures the guide shows and every example with its
+# orchestra, the same as in the source tree, and every file that the man
+# page's SEE ALSO names; both programs' pages are installed and sorvel.1
+# renders without warnings.
 #
 #   install.sh CMAKE BUILD_DIR SOURCE_DIR
 #
@@ -31,6 +32,10 @@ doc=$prefix/share/doc/sorvel
 for f in docs/guide.md LICENSE; do
   if ! cmp -s "$src/$f" "$doc/$(basename "$f")"; then echo "FAIL: $doc/$(basename "$f") differs or is missing"; exit 1; fi
 done
+for f in "$src"/docs/pictures/*; do
+  name=pictures/$(basename "$f")
+  if ! cmp -s "$f" "$doc/$name"; then echo "FAIL: $doc/$name differs or is missing"; exit 1; fi
+done
 for f in "$src"/examples/*.sor "$src"/examples/*.inc "$src"/examples/*.orc \
          "$src"/examples/*.csd "$src"/examples/*.md; do
   name=examples/$(basename "$f")
@@ -53,6 +58,15 @@ if [ "$(grep -c '^i1 ' first.sco)" -ne 4 ] || [ "$(tail -n 1 first.sco)" != "e" 
   echo "FAIL: the installed sorvel wrote an unexpected score"; cat first.sco; exit 1
 fi
 echo "ok: $bin wrote a score of 4 notes"
+
+roll=$prefix/bin/sorvel-roll
+[ -x "$roll" ] || { echo "FAIL: $roll was not installed"; exit 1; }
+[ -f "$prefix/share/man/man1/sorvel-roll.1" ] || { echo "FAIL: the sorvel-roll page was not installed"; exit 1; }
+if ! "$roll" -s "$doc/examples/first.sor" first.svg >roll.log 2>&1 ||
+   [ "$(grep -c 'class="note"' first.svg)" -ne 4 ]; then
+  echo "FAIL: the installed sorvel-roll did not draw the 4 notes"; cat roll.log; exit 1
+fi
+echo "ok: $roll drew 4 notes"
 
 command -v man >/dev/null 2>&1 || { echo "man not found: the page is not rendered"; exit 77; }
 if ! MANWIDTH=80 man -l "$page" >page.txt 2>page.err; then
