@@ -14,6 +14,10 @@
 // output streams (as text, and as bytes in stderrBytes and stdoutBytes) and,
 // in `files`, every file the run wrote (score or MIDI file, log, expansion
 // file), by name, as bytes. Each run starts in an empty working directory.
+//
+// With `roll: true` (or `roll: { width }`, in pixels, 400 or more), the run
+// also draws its piano roll as sorvel-roll does: `result.roll` is the SVG
+// text when the run succeeds, else null.
 import createSorvelCore from './sorvel-core.mjs';
 
 const WORK = '/work';
@@ -98,7 +102,7 @@ export async function loadSorvel() {
     return { array, pointers, free() { pointers.forEach((p) => core._free(p)); core._free(array); } };
   }
 
-  function run({ args = [], files = {} } = {}) {
+  function run({ args = [], files = {}, roll = false } = {}) {
     if (broken) throw new Error(`Sorvel's module stopped in an earlier run (${broken}); load it again`);
     removeTree(FS, WORK);
     FS.chdir(WORK);
@@ -109,11 +113,18 @@ export async function loadSorvel() {
       given.set(name, bytes);
     }
     const argv = cStrings(['sorvel', ...args]);
-    const paths = cStrings([`${STREAMS}/stderr`, `${STREAMS}/stdout`]);
+    const paths = cStrings([`${STREAMS}/stderr`, `${STREAMS}/stdout`, `${STREAMS}/roll.svg`]);
+    if (roll && FS.analyzePath(`${STREAMS}/roll.svg`).exists) FS.unlink(`${STREAMS}/roll.svg`);
     let status;
     try {
-      status = core._sorvel_run_in_memory(argv.pointers.length, argv.array, paths.pointers[0],
-                                          paths.pointers[1]);
+      if (roll) {
+        const width = typeof roll === 'object' && roll.width ? roll.width : 1000;
+        status = core._sorvel_run_with_roll(argv.pointers.length, argv.array, paths.pointers[0],
+                                            paths.pointers[1], paths.pointers[2], width);
+      } else {
+        status = core._sorvel_run_in_memory(argv.pointers.length, argv.array, paths.pointers[0],
+                                            paths.pointers[1]);
+      }
     } catch (e) {
       broken = String(e);
       throw e;
@@ -121,6 +132,7 @@ export async function loadSorvel() {
       argv.free();
       paths.free();
     }
+    if (status === -2) throw new Error('Sorvel could not write the piano roll');
     if (status < 0) throw new Error('Sorvel could not capture its streams');
     const stderrBytes = FS.readFile(`${STREAMS}/stderr`);
     const stdoutBytes = FS.readFile(`${STREAMS}/stdout`);
@@ -129,7 +141,7 @@ export async function loadSorvel() {
       const bytes = FS.readFile(`${WORK}/${name}`);
       if (!given.has(name) || !sameBytes(given.get(name), bytes)) written[name] = bytes;
     }
-    return {
+    const result = {
       status,
       stderr: decoder.decode(stderrBytes),
       stdout: decoder.decode(stdoutBytes),
@@ -137,6 +149,10 @@ export async function loadSorvel() {
       stdoutBytes,
       files: written,
     };
+    if (roll) {
+      result.roll = status === 0 ? decoder.decode(FS.readFile(`${STREAMS}/roll.svg`)) : null;
+    }
+    return result;
   }
 
   return { run };
