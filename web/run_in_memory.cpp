@@ -60,9 +60,11 @@ extern "C" int sorvel_run_in_memory(int argc, char** argv, const char* err_path,
 }
 
 // The same run, with its piano roll: when the run succeeds, the SVG text of
-// the roll (drawn at `width` pixels) is written to svg_path.
+// the roll (drawn at `width` pixels; above `max_notes` notes, when that is
+// not negative, as a density image) is written to svg_path.
 extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
-                                    const char* out_path, const char* svg_path, int width) {
+                                    const char* out_path, const char* svg_path, int width,
+                                    int max_notes) {
   FILE* err;
   FILE* out;
   if (!open_streams(err_path, out_path, err, out)) return -1;
@@ -74,6 +76,7 @@ extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
     run.console = out;
     sorvel::RollOptions options;
     if (width >= 400 && width <= 100000) options.width = width;
+    if (max_notes >= 0) options.max_notes = static_cast<size_t>(max_notes);
     sorvel::Roll roll;
     sorvel::RollSink sink(roll, options);
     status = sorvel::run_sorvel(run, argc, argv, {&sink});

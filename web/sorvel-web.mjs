@@ -15,9 +15,9 @@
 // in `files`, every file the run wrote (score or MIDI file, log, expansion
 // file), by name, as bytes. Each run starts in an empty working directory.
 //
-// With `roll: true` (or `roll: { width }`, in pixels, 400 or more), the run
-// also draws its piano roll as sorvel-roll does: `result.roll` is the SVG
-// text when the run succeeds, else null.
+// With `roll: true` (or `roll: { width, maxNotes }`: as sorvel-roll's --width
+// and --max-notes), the run also draws its piano roll as sorvel-roll does:
+// `result.roll` is the SVG text when the run succeeds, else null.
 import createSorvelCore from './sorvel-core.mjs';
 
 const WORK = '/work';
@@ -119,8 +119,9 @@ export async function loadSorvel() {
     try {
       if (roll) {
         const width = typeof roll === 'object' && roll.width ? roll.width : 1000;
+        const most = typeof roll === 'object' && roll.maxNotes >= 0 ? roll.maxNotes : -1;
         status = core._sorvel_run_with_roll(argv.pointers.length, argv.array, paths.pointers[0],
-                                            paths.pointers[1], paths.pointers[2], width);
+                                            paths.pointers[1], paths.pointers[2], width, most);
       } else {
         status = core._sorvel_run_in_memory(argv.pointers.length, argv.array, paths.pointers[0],
                                             paths.pointers[1]);

@@ -39,6 +39,15 @@ for (const name of names.filter((n) => n.endsWith('.sor'))) {
     }
   }
 }
+// A density image past maxNotes, as with --max-notes.
+{
+  const given = { 'cloud.sor': readFileSync(join(examplesDir, 'cloud.sor')) };
+  const drawn = sorvel.run({ args: ['cloud.sor', 'out.sco'], files: given, roll: { width: 600, maxNotes: 10 } });
+  copyFileSync(join(examplesDir, 'cloud.sor'), join(scratch, 'cloud.sor'));
+  execFileSync(rollProgram, ['--width', '600', '--max-notes', '10', 'cloud.sor', 'roll.svg'], { cwd: scratch, stdio: 'pipe' });
+  if (drawn.roll !== readFileSync(join(scratch, 'roll.svg'), 'utf8')) fail('cloud, maxNotes 10: differs from sorvel-roll --max-notes 10');
+  if (!drawn.roll.includes('class="density"')) fail('cloud, maxNotes 10: no density image');
+}
 const bad = sorvel.run({ args: ['bad.sor', 'bad.sco'], files: { 'bad.sor': 'i1 = 4 0 2 {\np3 nox foo\n}\n' }, roll: true });
 if (bad.status !== 1 || bad.roll !== null) fail('a failed run: status 1 and no roll');
 const plainAgain = sorvel.run({ args: ['x.sor', 'x.sco'], files: { 'x.sor': 'i1 = 4 0 1 {\np2 rh 4\np3 1\np4 1\n}\n' } });
