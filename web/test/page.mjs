@@ -1,0 +1,250 @@
+// The page in headless Chromium: typing, the score against the native
+// program byte for byte, the roll, an error's underline, the MIDI download,
+// the examples menu, a share link and Play. Prints the re-render times of a
+// 10,000-event and a 100,000-event piece (figures, not checks), and saves a
+// screenshot of the page in the artifacts folder.
+//   node web/test/page.mjs <dist> <native sorvel> <artifacts folder>
+// Exits 77 (skipped) when Chromium or the page's packages are missing, unless
+// CI is set: there a missing tool is a failure.
+import { execFileSync } from 'node:child_process';
+import { existsSync, mkdtempSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { dirname, join, resolve } from 'node:path';
+import { fileURLToPath } from 'node:url';
+
+const here = dirname(fileURLToPath(import.meta.url));
+const root = resolve(here, '../..');
+const [distArg, nativeArg, artifactsArg] = process.argv.slice(2);
+const dist = resolve(distArg || join(root, 'web/dist'));
+const native = resolve(nativeArg || join(root, 'build/sorvel'));
+const artifacts = resolve(artifactsArg || join(root, 'build/page-artifacts'));
+const CHROMIUM = process.env.SORVEL_CHROMIUM || '/usr/bin/chromium';
+
+function missing(what) {
+  console.log(`page test: ${what}`);
+  process.exit(process.env.CI ? 1 : 77);
+}
+
+if (!existsSync(CHROMIUM)) missing(`no Chromium at ${CHROMIUM} (Debian package chromium)`);
+if (!existsSync(join(dist, 'page/index.html'))) missing(`no built page in ${dist}/page (web/build)`);
+let chromium;
+try {
+  ({ chromium } = await import('playwright-core'));
+} catch {
+  missing('playwright-core is not installed (npm ci --prefix web)');
+}
+const { servePage } = await import('../page/serve.mjs');
+
+let failures = 0;
+function check(ok, what, detail = '') {
+  console.log(`${ok ? 'ok  ' : 'FAIL'} ${what}${!ok && detail ? `\n     ${detail}` : ''}`);
+  if (!ok) failures++;
+}
+
+// The native program's output for an input, under the page's file names.
+const scratch = mkdtempSync(join(tmpdir(), 'sorvel-page-'));
+function nativeRun(text, args = [], includes = {}) {
+  for (const [name, body] of Object.entries(includes)) writeFileSync(join(scratch, name), body);
+  writeFileSync(join(scratch, 'piece.sor'), text);
+  const output = args.includes('-m') ? 'piece.mid' : 'piece.sco';
+  rmSync(join(scratch, output), { force: true });
+  try {
+    execFileSync(native, [...args, 'piece.sor', output], { cwd: scratch, stdio: 'pipe' });
+  } catch { /* status 1: the output is missing */ }
+  return existsSync(join(scratch, output)) ? readFileSync(join(scratch, output)) : null;
+}
+
+const server = servePage(join(dist, 'page'));
+await new Promise((ok) => server.listen(0, '127.0.0.1', ok));
+const origin = `http://127.0.0.1:${server.address().port}`;
+const profile = mkdtempSync(join(tmpdir(), 'sorvel-chromium-'));
+const context = await chromium.launchPersistentContext(profile, {
+  executablePath: CHROMIUM,
+  headless: true,
+  acceptDownloads: true,
+  viewport: { width: 1400, height: 900 },
+  args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
+         '--disable-background-networking', '--disable-component-update', '--disable-sync',
+         '--autoplay-policy=no-user-gesture-required'],
+});
+// Nothing may come from anywhere but the page's own folder.
+const outside = [];
+await context.route('**/*', (route) => {
+  const url = route.request().url();
+  if (url.startsWith(origin) || url.startsWith('blob:') || url.startsWith('data:')) return route.continue();
+  outside.push(url);
+  return route.abort();
+});
+
+const page = context.pages()[0] || await context.newPage();
+const pageErrors = [];
+page.on('pageerror', (e) => pageErrors.push(String(e)));
+
+// Waits for the page to show the run of the latest edit.
+async function settled(timeout = 60000) {
+  await page.waitForFunction(() => {
+    const p = window.sorvelPage;
+    return p && p.ready && p.last && !document.querySelector('[data-testid="status"]').textContent.match(/editing|running/);
+  }, null, { timeout });
+  return page.evaluate(() => window.sorvelPage.last);
+}
+
+async function setInput(text) {
+  await page.evaluate((t) => {
+    const view = window.sorvelPage.input;
+    view.dispatch({ changes: { from: 0, to: view.state.doc.length, insert: t } });
+  }, text);
+}
+
+const panel = (id) => page.locator(`[data-testid="${id}"]`).evaluate((e) => e.textContent);
+
+try {
+  await page.goto(`${origin}/`);
+  await settled();
+
+  // --- Typing a piece: the score panel is the native score, byte for byte.
+  const small = ['te(90)', 'i1 = 5 0 4 {', 'p2 rh 4', 'p3 1', 'p4 db 70', 'p5(op) no c4 d e f', '}', ''].join('\n');
+  await page.locator('[data-testid="editor"] .cm-content').click();
+  await page.keyboard.press('Control+A');
+  await page.keyboard.press('Delete');
+  await page.keyboard.type(small, { delay: 5 });
+  await settled();
+  check(await page.evaluate(() => window.sorvelPage.input.state.doc.toString()) === small, 'typed text is the input');
+  const expected = nativeRun(small).toString('utf8');
+  check(await panel('score') === expected, 'score panel equals the native score', JSON.stringify(await panel('score')).slice(0, 200));
+  // Four quarter notes in four beats.
+  const notes = await page.locator('[data-testid="roll"] rect.note').count();
+  check(notes === 4, 'roll draws four notes', `got ${notes}`);
+
+  // --- An error: underlined at the line and column the caret points to.
+  await setInput('i1 = 5 0 4 {\np2 rh 4\np3 nox foo\n}\n');
+  await settled();
+  const mark = page.locator('[data-testid="editor"] .cm-sorvel-error');
+  check(await mark.count() === 1, 'one error underlined');
+  if (await mark.count() === 1) {
+    const at = await mark.evaluate((e) => ({ line: e.dataset.line, column: e.dataset.column,
+      lineText: e.closest('.cm-line').textContent,
+      before: (() => { const r = document.createRange(); r.setStart(e.closest('.cm-line'), 0); r.setEndBefore(e); return r.toString().length; })() }));
+    // "p3 nox foo": the caret stands under the seventh column (the blank before "foo").
+    check(at.line === '3' && at.column === '7' && at.lineText === 'p3 nox foo' && at.before === 6,
+          'error underlined on line 3, column 7', JSON.stringify(at));
+  }
+  check(/ERROR: Line 3: P3 input must be "re" or "in"\./.test(await panel('messages')), 'messages show the error');
+
+  // --- -m: the note list, and a download of the native MIDI file's bytes.
+  await setInput(small);
+  await settled();
+  await page.locator('[data-testid="option-m"]').check();
+  await settled();
+  check(/\tON\tN:/.test(await panel('score')), '-m shows the note list');
+  const [midi] = await Promise.all([page.waitForEvent('download'), page.locator('[data-testid="download-score"]').click()]);
+  const midiBytes = readFileSync(await midi.path());
+  const nativeMidi = nativeRun(small, ['-m']);
+  check(midi.suggestedFilename() === 'piece.mid' && nativeMidi && Buffer.compare(midiBytes, nativeMidi) === 0,
+        '-m download is the native MIDI file', `${midiBytes.length} bytes against ${nativeMidi?.length}`);
+  await page.locator('[data-testid="option-m"]').uncheck();
+  await settled();
+
+  // --- An example from the menu, with its include files.
+  const includes = { 'instruments.inc': readFileSync(join(root, 'examples/instruments.inc'), 'utf8') };
+  for (const name of ['cloud', 'variants']) {
+    await page.locator('[data-testid="examples"]').selectOption(name);
+    await settled();
+    const text = readFileSync(join(root, `examples/${name}.sor`), 'utf8');
+    const score = nativeRun(text, [], includes).toString('utf8');
+    check(await panel('score') === score, `example "${name}" from the menu gives the native score`);
+  }
+  await page.locator('[data-testid="examples"]').selectOption('cloud');
+  await settled();
+  const cloudNotes = await page.locator('[data-testid="roll"] rect.note').count();
+  const cloudEvents = (await panel('score')).split('\n').filter((l) => /^i\d/.test(l)).length;
+  check(cloudNotes > 100 && cloudNotes === cloudEvents, 'the cloud\'s roll draws each of its events', `${cloudNotes} notes, ${cloudEvents} events`);
+  mkdirSync(artifacts, { recursive: true });
+  await page.screenshot({ path: join(artifacts, 'page.png') });
+
+  // --- Share: a link that opens the same piece.
+  const shared = 'te(60)\ni1 = 5 0 2 {\np2 rh 4\np3 1\np4 db 60\np5(op) no a3 b\n}\n; é ü\n';
+  await setInput(shared);
+  await settled();
+  await page.locator('[data-testid="share"]').click();
+  await page.waitForFunction(() => !document.querySelector('[data-testid="share-link"]').hidden);
+  const link = await page.locator('[data-testid="share-link"]').inputValue();
+  const second = await context.newPage();
+  await second.goto(link);
+  await second.waitForFunction(() => window.sorvelPage && window.sorvelPage.ready);
+  const restored = await second.evaluate(() => window.sorvelPage.input.state.doc.toString());
+  check(restored === shared && link.startsWith(origin), 'a share link restores the input', `${link.length} chars`);
+  await second.close();
+
+  // --- Play: Csound in the page renders the first example to a WAV.
+  await page.locator('[data-testid="examples"]').selectOption('first');
+  await settled();
+  await page.locator('[data-testid="play"]').click();
+  await page.waitForFunction(() => window.sorvelPage.wav || /Csound:/.test(document.querySelector('[data-testid="status"]').textContent), null, { timeout: 180000 });
+  const wav = await page.evaluate(() => {
+    const b = window.sorvelPage.wav;
+    if (!b) return { error: document.querySelector('[data-testid="status"]').textContent };
+    const v = new DataView(b.buffer, b.byteOffset, b.byteLength);
+    const tag = (o) => String.fromCharCode(b[o], b[o + 1], b[o + 2], b[o + 3]);
+    let o = 12; let peak = 0; let frames = 0; let bits = 0; let channels = 0;
+    while (o + 8 <= b.length) {
+      const id = tag(o); const size = v.getUint32(o + 4, true);
+      if (id === 'fmt ') { channels = v.getUint16(o + 10, true); bits = v.getUint16(o + 22, true); }
+      if (id === 'data') {
+        const n = Math.min(size, b.length - o - 8);
+        for (let i = 0; i + 1 < n; i += 2) peak = Math.max(peak, Math.abs(v.getInt16(o + 8 + i, true)));
+        frames = n / (bits / 8) / channels;
+      }
+      o += 8 + size + (size & 1);
+    }
+    return { riff: tag(0), wave: tag(8), bits, channels, frames, peak, bytes: b.length };
+  });
+  check(wav.riff === 'RIFF' && wav.wave === 'WAVE' && wav.bits === 16 && wav.peak > 100 && wav.frames > 44100,
+        'Play renders a WAV that is not silent', JSON.stringify(wav));
+
+  // --- Speed: re-render times (figures, not checks).
+  await page.locator('[data-testid="option-s"]').check();
+  for (const [events, beats, rh] of [[10000, 2500, 16], [100000, 6250, 64]]) {
+    const piece = `i1 = 5 0 ${beats} {\np2 rh ${rh}\np3 1\np4 db 70\np5(op) no c4 d e f\n}\n`;
+    const times = [];
+    for (let i = 0; i < 3; i++) {
+      await setInput(piece + `; take ${i}\n`);
+      const last = await settled(120000);
+      times.push(last);
+    }
+    // While the big piece runs, the editor must keep taking keystrokes: the
+    // longest the page's own thread was busy in one go while it ran.
+    const busiest = await page.evaluate(async (text) => {
+      const view = window.sorvelPage.input;
+      view.dispatch({ changes: { from: view.state.doc.length, insert: text } });
+      let longest = 0; let t = performance.now();
+      const until = performance.now() + 1500;
+      while (performance.now() < until) {
+        await new Promise((r) => setTimeout(r, 0));
+        const now = performance.now(); longest = Math.max(longest, now - t); t = now;
+        view.dispatch({ changes: { from: view.state.doc.length, insert: 'x' } });
+      }
+      view.dispatch({ changes: { from: view.state.doc.length - 1, to: view.state.doc.length, insert: '' } });
+      return longest;
+    }, '; typing ');
+    await settled(120000);
+    const fmt = (k) => times.map((t) => t[k].toFixed(0)).join(', ');
+    const last = times[times.length - 1];
+    console.log(`speed: ${events} events (a score of ${last.outBytes} bytes, ${last.rollNotes} notes drawn one by one): Sorvel + roll in the worker ${fmt('runMs')} ms; ` +
+                `debounce end to panels shown ${fmt('shownMs')} ms; longest stall of the page while it ran ${busiest.toFixed(0)} ms`);
+    check(times.every((t) => t.status === 0), `${events}-event piece runs`);
+  }
+
+  check(outside.length === 0, 'nothing fetched from outside the page', outside.join(' '));
+  check(pageErrors.length === 0, 'no errors in the page', pageErrors.join(' | '));
+} catch (e) {
+  check(false, 'the page test ran to the end', String(e && e.stack || e));
+  try { mkdirSync(artifacts, { recursive: true }); await page.screenshot({ path: join(artifacts, 'failure.png') }); } catch { /* none */ }
+} finally {
+  await context.close();
+  server.close();
+  rmSync(profile, { recursive: true, force: true });
+  rmSync(scratch, { recursive: true, force: true });
+}
+console.log(failures ? `page test: ${failures} failed` : 'page test: all passed');
+process.exit(failures ? 1 : 0);
