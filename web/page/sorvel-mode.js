@@ -43,7 +43,7 @@ function token(stream, state) {
   if (stream.match(/^#(?:define|undef|const|if|endif|include)/)) return 'keyword';
   if (stream.match(/^\$[A-Za-z]\w*/)) return 'macroName';
   if (stream.match(/^~@[1-4]?/) || stream.match(/^@[1-4]/)) return 'variableName.special';
-  if (stream.match(/^~[A-Za-z]\w*/)) return 'constant';
+  if (stream.match(/^~[A-Za-z]\w*/)) return 'tildeName';
   if (stream.match(/^[{}]/)) return 'brace';
   if (stream.match(/^[\[\]()]/)) return 'bracket';
   if (stream.eat('?')) return 'atom';
@@ -71,7 +71,11 @@ export const sorvelLanguage = StreamLanguage.define({
   startState: () => ({ comment: 0, header: false }),
   copyState: (s) => ({ ...s }),
   token,
-  tokenTable: { generator: t.function(t.variableName), command: t.special(t.function(t.variableName)) },
+  tokenTable: {
+    generator: t.function(t.variableName),
+    command: t.special(t.function(t.variableName)),
+    tildeName: t.constant(t.variableName),
+  },
   languageData: { commentTokens: { line: ';', block: { open: '/*', close: '*/' } } },
 });
 
