@@ -3,8 +3,8 @@
 // (loaded on Play) and the repository's examples and orchestra, bundled so
 // that the folder can be served from any static host and needs nothing else.
 //   node web/page/bundle.mjs [dist]
-import { readFileSync, readdirSync, mkdirSync, copyFileSync, rmSync } from 'node:fs';
-import { dirname, join, resolve } from 'node:path';
+import { readFileSync, readdirSync, mkdirSync, copyFileSync, rmSync, writeFileSync } from 'node:fs';
+import { basename, dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import * as esbuild from 'esbuild';
 
@@ -39,7 +39,8 @@ const generated = {
 
 rmSync(out, { recursive: true, force: true });
 mkdirSync(out, { recursive: true });
-await esbuild.build({
+const built = await esbuild.build({
+  metafile: true,
   entryPoints: [join(here, 'main.js'), join(here, 'worker.js')],
   outdir: out,
   bundle: true,
@@ -52,5 +53,14 @@ await esbuild.build({
   logLevel: 'warning',
   plugins: [generated],
 });
-for (const file of ['index.html', 'style.css']) copyFileSync(join(here, file), join(out, file));
+copyFileSync(join(here, 'style.css'), join(out, 'style.css'));
+// Csound's module is fetched with the page (and run only on Play), so that
+// Play works offline once the page is loaded.
+const csoundChunk = Object.entries(built.metafile.outputs)
+  .find(([, o]) => Object.keys(o.inputs).some((i) => i.includes('@csound/browser')))?.[0];
+let html = readFileSync(join(here, 'index.html'), 'utf8');
+if (csoundChunk) {
+  html = html.replace('</head>', `<link rel="modulepreload" href="${basename(csoundChunk)}">\n</head>`);
+}
+writeFileSync(join(out, 'index.html'), html);
 console.log(`web/page: built ${out}`);

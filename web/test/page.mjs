@@ -176,9 +176,11 @@ try {
   check(restored === shared && link.startsWith(origin), 'a share link restores the input', `${link.length} chars`);
   await second.close();
 
-  // --- Play: Csound in the page renders the first example to a WAV.
+  // --- Play: Csound in the page renders the first example to a WAV, with
+  // the network cut off: the loaded page needs nothing more.
   await page.locator('[data-testid="examples"]').selectOption('first');
   await settled();
+  await context.setOffline(true);
   await page.locator('[data-testid="play"]').click();
   await page.waitForFunction(() => window.sorvelPage.wav || /Csound:/.test(document.querySelector('[data-testid="status"]').textContent), null, { timeout: 180000 });
   const wav = await page.evaluate(() => {
@@ -199,8 +201,9 @@ try {
     }
     return { riff: tag(0), wave: tag(8), bits, channels, frames, peak, bytes: b.length };
   });
+  await context.setOffline(false);
   check(wav.riff === 'RIFF' && wav.wave === 'WAVE' && wav.bits === 16 && wav.peak > 100 && wav.frames > 44100,
-        'Play renders a WAV that is not silent', JSON.stringify(wav));
+        'Play, offline, renders a WAV that is not silent', JSON.stringify(wav));
 
   // --- Speed: re-render times (figures, not checks).
   await page.locator('[data-testid="option-s"]').check();
