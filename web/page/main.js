@@ -134,6 +134,21 @@ function showRoll(svg, notes) {
   panel.replaceChildren(img);
 }
 
+// The hints panel: each finding with its line, or why there are none.
+function showHints(hints) {
+  const panel = $('hints');
+  if (!hints) {
+    panel.textContent = '(hints appear here once sorvel-hints is built into the page)';
+    return;
+  }
+  panel.replaceChildren(...hints.map((h) => {
+    const item = document.createElement('div');
+    item.textContent = `line ${h.line}: ${h.text}`;
+    return item;
+  }));
+  if (!hints.length) panel.textContent = 'no hints';
+}
+
 function show(result) {
   const started = sentAt.get(result.id);
   sentAt.delete(result.id);
@@ -153,6 +168,7 @@ function show(result) {
     $('score').textContent = firstLines(text, SCORE_LINES);
     showRoll(result.roll || '', result.rollNotes);
   }
+  showHints(result.hints);
   $('score').classList.toggle('stale', result.status !== 0);
   $('roll').classList.toggle('stale', result.status !== 0);
   const ok = result.status === 0 ? result.outBytes : null;

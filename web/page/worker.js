@@ -49,6 +49,9 @@ async function runLatest() {
       outBytes,
       roll: result.roll,
       rollNotes: result.roll ? countNotes(result.roll) : 0,
+      // The findings of sorvel-hints go here once the browser entry runs it:
+      // [{ line, column, length, text, fix }].
+      hints: null,
       runMs: performance.now() - started,
     };
   } catch (e) {
