@@ -27,9 +27,11 @@
 //       A file that a previous run left: it is in the directory when the run
 //       starts.
 //
-// A block's content is its lines, each with its newline; the word "noeol"
-// after the kind says that the last line has none. A content line is never
-// "```" alone. An expected MIDI file is binary and stays beside the case as
+// The blocks are read as the guide's examples are (tests/support/fenced.h),
+// with the same words for the input, its arguments and exit status; but where
+// the guide shows excerpts, a case states every byte. A block's content is its
+// lines, each with its newline; the word "noeol" after the kind says that the
+// last line has none. An expected MIDI file is binary and stays beside the case as
 // NAME.mid.
 //
 // Every other file of DIR (include files) and the input of every case of DIR
@@ -65,9 +67,12 @@
 #include <string>
 #include <vector>
 
+#include "support/fenced.h"
 #include "support/program.h"
 
 namespace fs = std::filesystem;
+using sorvel::testing::Block;
+using sorvel::testing::read_blocks;
 using sorvel::testing::read_file;
 using sorvel::testing::read_stream;
 using sorvel::testing::run_in;
@@ -221,30 +226,25 @@ std::optional<Case> read_case(const fs::path& file) {
     std::printf("%s:%zu: %s\n", file.c_str(), line, why.c_str());
     return std::nullopt;
   };
-  const std::vector<std::string> lines = split_lines(*text);
   bool have_input = false;
-  for (size_t i = 0; i < lines.size(); ++i) {
-    if (lines[i].rfind("```", 0) != 0) continue;
-    const size_t fence = i + 1;
-    std::vector<std::string> words = split_words(lines[i].substr(3));
+  for (const Block& block : read_blocks(*text)) {
+    const size_t fence = block.line;
+    if (block.kind == "unclosed") return fail(fence, "block is not closed");
     bool eol = true;
     std::vector<std::string> rest;
-    for (size_t w = 1; w < words.size(); ++w) {
-      if (words[w] == "noeol")
+    for (const std::string& w : block.words) {
+      if (w == "noeol")
         eol = false;
       else
-        rest.push_back(words[w]);
+        rest.push_back(w);
     }
     std::string content;
-    size_t j = i + 1;
-    for (; j < lines.size() && lines[j] != "```"; ++j) content += lines[j] + "\n";
-    if (j == lines.size()) return fail(fence, "block is not closed");
+    for (const std::string& line : block.lines) content += line + "\n";
     if (!eol) {
       if (content.empty()) return fail(fence, "noeol on an empty block");
       content.pop_back();
     }
-    i = j;
-    const std::string kind = words.empty() ? "" : words[0];
+    const std::string& kind = block.kind;
     if (kind == "sorvel") {
       if (have_input) return fail(fence, "a second sorvel block");
       have_input = true;
