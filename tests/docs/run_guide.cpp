@@ -68,60 +68,26 @@
 #include <utility>
 #include <vector>
 
+#include "support/fenced.h"
 #include "support/program.h"
 
 namespace fs = std::filesystem;
+using sorvel::testing::Block;
+using sorvel::testing::read_blocks;
 using sorvel::testing::read_file;
 using sorvel::testing::read_stream;
+using sorvel::testing::rstrip;
 using sorvel::testing::run_in;
 using sorvel::testing::split_lines;
 using sorvel::testing::split_words;
 
 namespace {
 
-struct Block {
-  int line = 0;  // line of the opening fence, 1-based
-  std::string kind;
-  std::vector<std::string> words;  // the info string after the kind
-  std::vector<std::string> lines;  // the content
-};
-
 struct Example {
   Block input;
   std::vector<Block> files;   // sorvel-file blocks before it
   std::vector<Block> checks;  // score, messages, midi, file blocks after it
 };
-
-std::string rstrip(std::string s) {
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.pop_back();
-  return s;
-}
-
-
-// Fenced blocks of the document, in order.
-std::vector<Block> read_blocks(const std::string& text) {
-  std::vector<Block> blocks;
-  std::vector<std::string> lines = split_lines(text);
-  for (size_t i = 0; i < lines.size(); ++i) {
-    if (lines[i].rfind("```", 0) != 0) continue;
-    Block b;
-    b.line = static_cast<int>(i + 1);
-    std::vector<std::string> info = split_words(lines[i].substr(3));
-    if (!info.empty()) {
-      b.kind = info[0];
-      b.words.assign(info.begin() + 1, info.end());
-    }
-    size_t j = i + 1;
-    while (j < lines.size() && rstrip(lines[j]) != "```") b.lines.push_back(lines[j++]);
-    if (j == lines.size()) {
-      std::printf("line %d: fenced block is not closed\n", b.line);
-      b.kind = "unclosed";
-    }
-    blocks.push_back(b);
-    i = j;
-  }
-  return blocks;
-}
 
 bool is_check(const std::string& kind) {
   return kind == "score" || kind == "messages" || kind == "midi" || kind == "file";

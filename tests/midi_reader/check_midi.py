@@ -272,6 +272,23 @@ def run_sorvel(sorvel, workdir, args):
     return proc.returncode
 
 
+def case_input(path, work, name):
+    """Writes the input of a case (its ```sorvel block) as NAME.sor in work;
+    returns the arguments the block names."""
+    with open(path, 'rb') as fh:
+        lines = fh.read().split(b'\n')
+    start = next(i for i, line in enumerate(lines) if line.startswith(b'```sorvel'))
+    end = lines.index(b'```', start + 1)
+    words = lines[start].decode().split()[1:]
+    text = b''.join(line + b'\n' for line in lines[start + 1:end])
+    if 'noeol' in words:
+        text = text[:-1]
+    with open(os.path.join(work, name + '.sor'), 'wb') as fh:
+        fh.write(text)
+    args = [w for w in words if w != 'noeol' and not w.startswith('exit=')]
+    return args or [name + '.sor', name + '.sco']
+
+
 def main():
     if len(sys.argv) != 3:
         print(__doc__)
@@ -295,12 +312,11 @@ def main():
         work = os.path.join(tmp, 'cases')
         shutil.copytree(case_dir, work)
         for name in (os.path.splitext(os.path.basename(p))[0]
-                     for p in sorted(glob.glob(os.path.join(case_dir, '*.sor')))):
+                     for p in sorted(glob.glob(os.path.join(case_dir, '*.case')))):
             if name not in CASES:
                 failures.append('case %s: no expected notes in this reader' % name)
                 continue
-            with open(os.path.join(case_dir, name + '.args')) as fh:
-                args = fh.read().split()
+            args = case_input(os.path.join(case_dir, name + '.case'), work, name)
             if os.path.isabs(args[-1]):
                 continue  # a device, such as /dev/full: nothing to read
             out = os.path.join(work, args[-1])

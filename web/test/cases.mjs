@@ -4,16 +4,23 @@
 // twice in a module that has already made hundreds of runs shows that no
 // state leaks from one run to the next.
 //
-//   node web/test/cases.mjs [DIST [CASES]]
+//   node web/test/cases.mjs DIST CASES
+//
+// CASES is the tree that "run_case --unpack tests/cases CASES" writes: each
+// case as NAME.sor with NAME.err, NAME.status and its other expected files
+// beside it.
 //
 // Exit status 0 when every case matches, 1 otherwise.
 import fs from 'node:fs';
 import path from 'node:path';
-import { fileURLToPath, pathToFileURL } from 'node:url';
+import { pathToFileURL } from 'node:url';
 
-const root = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
-const dist = path.resolve(process.argv[2] ?? path.join(root, 'web/dist'));
-const casesDir = path.resolve(process.argv[3] ?? path.join(root, 'tests/cases'));
+const dist = path.resolve(process.argv[2]);
+if (process.argv.length !== 4) {
+  console.log('usage: node web/test/cases.mjs DIST CASES (CASES written by run_case --unpack)');
+  process.exit(2);
+}
+const casesDir = path.resolve(process.argv[3]);
 const { loadSorvel } = await import(pathToFileURL(path.join(dist, 'sorvel-web.mjs')).href);
 
 const RESULTS = ['.sco', '.mid', '.log', '.x'];

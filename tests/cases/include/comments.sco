@@ -1,6 +1,0 @@
-
- #include |missing.inc| 
-;I-block #1 (i1):
-i1    0.000  1.000 
-
-e
