@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/catalog.h"
 #include "base/convert.h"
 #include "base/curves.h"
 #include "base/diag.h"
@@ -78,7 +79,7 @@ unsigned events_covered(Ctx& c, const DataList& d, float dur, float& base, float
   }
   const unsigned count = ListSize(dur, base, last, d.cursor, c.block.note_list);
   if (last < dur - 5.0f && !c.run.SUPRESS) {
-    warn(c, 14);
+    warn(c, kWarnDurationAltered);
     Mprintf(c.run, "Old duration = %f, New duration = %f\n", dur, last);
   }
   return count;
@@ -206,7 +207,7 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float
   Block& b = c.block;
   Pfield& pf = c.pfield;
   if (out_of_time(c)) {
-    warn(c, 11);
+    warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
     return -1;
   }
@@ -215,10 +216,10 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float
   pf.LAST_VAL = value;
   float secs = to_tempo(run, pf.CBEATS, value);
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
-  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED)) return 32;
+  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED)) return kErrOutOfMemory;
   pf.WROTE_DATA = 1;
   pf.CBEATS = pf.CBEATS + value;
-  if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
+  if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
   elapsed = elapsed + std::fabs(secs);
   ++index;
   ++b.EVENT_NO;
@@ -269,7 +270,7 @@ int do_DDF(Ctx& c, int type, DataList& d) {
   int r = read_args(c, type, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
-  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return 42;
+  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
   if (pf.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
 
   Producer p{c, d, a, type, {}};
@@ -286,11 +287,11 @@ int do_DDF(Ctx& c, int type, DataList& d) {
       store_p3(c, d, value);
     else if ((r = store_in_event(c, d, value)))
       return r;
-    if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
+    if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
     ++b.EVENT_NO;
   }
   if (index < p.count) {
-    warn(c, 11);
+    warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }
   return 0;

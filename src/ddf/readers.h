@@ -3,6 +3,7 @@
 // 0 or an error number.
 #pragma once
 
+#include "base/catalog.h"
 #include "ddf/record.h"
 #include "pfield/state.h"
 
@@ -24,11 +25,11 @@ int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
   if (r) return r;
   for (;;) {
     float weight;
-    if (!src.get_f(weight)) return 38;
+    if (!src.get_f(weight)) return kErrNoWeight;
     a.alt.push_back({weight});
     if ((r = src.skip_wc())) return r;
     if ((r = body(a.alt.back()))) return r;
-    if (a.n() > kMaxAlternatives) return 35;
+    if (a.n() > kMaxAlternatives) return kErrBadParameterCount;
     if ((r = src.skip_wc())) return r;
     if (src.cur() == ')') {
       ++src.pos;

@@ -1,5 +1,6 @@
 // S2: a set choice whose elements are groups of values; a group of several
 // values becomes a chord (fused events), so the block grows.
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "base/random.h"
 #include "base/rounding.h"
@@ -21,7 +22,7 @@ int get_S2_element(Ctx& c, std::vector<float>& values) {
   Source& src = c.src;
   for (;;) {
     float v;
-    if (!get_input_type(c, v)) return 41;
+    if (!get_input_type(c, v)) return kErrValuesMissing;
     values.push_back(v);
     if (src.cur() == ':' || src.cur() == '\'') ++src.pos;
     const int ch = src.cur();
@@ -33,8 +34,8 @@ int get_S2_element(Ctx& c, std::vector<float>& values) {
 
 int get_S2_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  if (c.pfield.P_NO < 4) return 62;
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  if (c.pfield.P_NO < 4) return kErrS2BelowP4;
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     int r;
     int mode = 0;
     if (src.cur() == '*' || src.cur() == 'x') {
@@ -43,23 +44,23 @@ int get_S2_data(Ctx& c, DdfArgs& a) {
       if ((r = src.skip_wc())) return r;
     }
     std::vector<int> starts, lens;
-    auto add_group = [&](int error) {
+    auto add_group = [&](int error) -> int {
       const size_t before = rec.size();
       if (get_S2_element(c, rec)) return error;
       starts.push_back(static_cast<int>(before) - 1);
       lens.push_back(static_cast<int>(rec.size() - before));
-      return starts.size() > static_cast<size_t>(kMaxAlternatives) ? 35 : 0;
+      return starts.size() > static_cast<size_t>(kMaxAlternatives) ? kErrBadParameterCount : kOk;
     };
     if (src.cur() == '[') {
       ++src.pos;
       if ((r = src.skip_wc())) return r;
-      if (src.cur() == ']') return 97;
+      if (src.cur() == ']') return kErrNothingEntered;
       while (src.cur() != ']') {
-        if ((r = add_group(39))) return r;
+        if ((r = add_group(kErrBracketValue))) return r;
         if ((r = src.skip_wc())) return r;
       }
       ++src.pos;
-    } else if ((r = add_group(41))) {
+    } else if ((r = add_group(kErrValuesMissing))) {
       return r;
     }
     a.size.push_back(static_cast<int>(starts.size()));
@@ -78,7 +79,7 @@ int do_S2(Ctx& c, DataList& d) {
   int r = get_S2_data(c, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
-  if (!hundred_percent(weights.data(), a.n())) return 42;
+  if (!hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
   SetChoice choice;
   init_did(choice, a.size);
   float base, last;
@@ -105,7 +106,7 @@ int do_S2(Ctx& c, DataList& d) {
         }
       }
       if ((r = store_in_event(c, d, value))) return r;
-      if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
+      if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
     }
     // Only LAST_VAL is rounded in integer input; the stored values are not.
     pf.LAST_VAL = pf.IN_TYPE == CMD_IN ? RoundF(value) : value;
@@ -113,7 +114,7 @@ int do_S2(Ctx& c, DataList& d) {
     if (++made == count) break;
   }
   if (made < count) {
-    warn(c, 11);
+    warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }
   return 0;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "global/settings.h"
 #include "global/tempo.h"
@@ -38,10 +39,10 @@ int scan_chars(Source& src, LineEnd& end) {
     }
     int kind = 0;
     if (src.is_comment(kind)) {
-      if (int r = src.skip_comment(kind)) return r == -1 ? 3 : r;
+      if (int r = src.skip_comment(kind)) return r == kEndOfInput ? kErrCommentsMismatched : r;
       continue;
     }
-    return 22;
+    return kErrBadGblockCommand;
   }
 }
 
@@ -55,7 +56,7 @@ int parse_gblock(Source& src, FILE* output) {
       src.skip_blanks();
       if (is_gcommand(src.buffer, src.pos) && !src.at_line_end()) {
         int code = -1;
-        if (!get_command(code, src.buffer, src.pos)) return 22;
+        if (!get_command(code, src.buffer, src.pos)) return kErrBadGblockCommand;
         r = do_gcommand(code, src, output);
         if (r > 0) return r;
         continue;
@@ -81,7 +82,7 @@ int do_gcommand(int code, Source& src, FILE* output) {
     case CMD_MACRO: return parse_macro(src);
     case CMD_CONST: return parse_var(src);
     case CMD_SR: return set_samp_rate(src);
-    default: return 47;
+    default: return kErrBadGblockData;
   }
 }
 

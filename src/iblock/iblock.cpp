@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/catalog.h"
 #include "global/settings.h"
 #include "iblock/comment.h"
 #include "iblock/header.h"
@@ -33,13 +34,13 @@ int read_pfield(Ctx& c) {
   Source& src = c.src;
   Block& b = c.block;
   Pfield& p = c.pfield;
-  if (p.IN_LOOP) warn(c, 15);
+  if (p.IN_LOOP) warn(c, kWarnLoopTerminated);
   ++src.pos;  // the "p"
   int k;
-  if (!src.get_i(k) || k < 2) return 16;
-  if (k > b.MAX_PFIELDS) return 44;
-  if (k != 2 && !b.DID_P[2]) return 15;
-  if (b.DID_P[k]) return 70;
+  if (!src.get_i(k) || k < 2) return kErrBadPfieldNumber;
+  if (k > b.MAX_PFIELDS) return kErrPfieldOutOfBounds;
+  if (k != 2 && !b.DID_P[2]) return kErrP2First;
+  if (b.DID_P[k]) return kErrDuplicatePfield;
   p.P_NO = k;
   reset_pfield(c);
   DataList d;
@@ -54,7 +55,7 @@ int read_pfield(Ctx& c) {
 int end_block(Ctx& c) {
   Block& b = c.block;
   for (int k = 2; k <= b.MAX_PFIELDS; ++k)
-    if (!b.DID_P[k]) return 71;
+    if (!b.DID_P[k]) return kErrSkippedPfields;
   ++c.src.pos;
   return 0;
 }
@@ -78,7 +79,7 @@ int parse_iblock(Ctx& c) {
       r = do_p1(c);
       if (r == -1) {
         if ((r = skip_block(src))) return r;
-        warn(c, 2);
+        warn(c, kWarnBlockSkipped);
         return -1;
       }
       if (r) return r;
@@ -91,16 +92,16 @@ int parse_iblock(Ctx& c) {
       if (r) return r;
     } else if (is_command(src.buffer, src.pos)) {
       int code;
-      if (!get_command(code, src.buffer, src.pos)) return 20;
+      if (!get_command(code, src.buffer, src.pos)) return kErrInvalidCommand;
       if (code == CMD_RD)
         r = set_rand_dev(src);
       else if (code == CMD_RS)
         r = set_rand_seed(src);
       else
-        r = 23;
+        r = kErrValueOrSyntax;
       if (r) return r;
     } else {
-      return 73;
+      return kErrBadIblockCommand;
     }
   }
 }

@@ -2,6 +2,7 @@
 // lines up to the matching "#endif"; sections nest.
 #include "input/conditionals.h"
 
+#include "base/catalog.h"
 #include "input/comments.h"
 #include "input/constants.h"
 #include "input/macros.h"
@@ -29,7 +30,7 @@ int is_if(const char* buffer, int pos) { return text_at(buffer, pos, "if(") ? 1 
 int is_endif(const char* buffer, int pos) { return text_at(buffer, pos, "endif") ? 1 : 0; }
 
 int get_if(Source& src, float& value) {
-  if (!is_if(src.buffer, src.pos)) return 114;
+  if (!is_if(src.buffer, src.pos)) return kErrIfStatement;
   src.pos += 3;
   src.skip_blanks();
   // The condition may be a macro or a constant whose text is a number.
@@ -43,9 +44,9 @@ int get_if(Source& src, float& value) {
     int r = expand_variables(src);
     if (r > 0) return r;
   }
-  if (!is_digit(src.cur()) || !src.get_f(value)) return 115;
+  if (!is_digit(src.cur()) || !src.get_f(value)) return kErrIfValue;
   src.skip_blanks();
-  if (src.cur() != ')') return 116;
+  if (src.cur() != ')') return kErrIfParen;
   ++src.pos;
   return 0;
 }
@@ -64,7 +65,7 @@ int do_if(Source& src) {
   for (;;) {
     int c = src.cur();
     if (c == '\0') {
-      if (src.at_eof()) return 117;
+      if (src.at_eof()) return kErrIfEof;
       int r = src.get_buff();
       if (r > 0) return r;
       comment.line = false;
@@ -95,9 +96,9 @@ int do_if(Source& src) {
 int do_if_interface(Source& src) { return do_if(src); }
 
 int do_endif(Source& src) {
-  if (!is_endif(src.buffer, src.pos)) return 113;
+  if (!is_endif(src.buffer, src.pos)) return kErrEndifStatement;
   src.pos += 5;
-  if (src.run.IF_MATCH < 1) return 118;
+  if (src.run.IF_MATCH < 1) return kErrEndifMismatched;
   --src.run.IF_MATCH;
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "input/comments.h"
 #include "input/preproc.h"
@@ -117,7 +118,7 @@ int Source::skip_stuff() { return skip_around_comment(*this, true); }
 int Source::good_cmd_format() {
   int r = skip_lines();
   if (r > 0) return r;
-  return buffer[pos] == '(' ? 0 : 96;
+  return buffer[pos] == '(' ? kOk : kErrCharsBeforeCommandParen;
 }
 
 void Source::skip_blanks() {

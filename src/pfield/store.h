@@ -3,6 +3,7 @@
 // of the block when a p-field's data ends.
 #pragma once
 
+#include "base/catalog.h"
 #include "pfield/state.h"
 #include "pfield/timing.h"
 
@@ -25,7 +26,7 @@ inline int store_in_event(Ctx& c, DataList& d, float value) {
   const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
   if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
                    run.PFACTOR))
-    return 32;
+    return kErrOutOfMemory;
   p.WROTE_DATA = 1;
   return 0;
 }
