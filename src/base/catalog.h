@@ -30,11 +30,15 @@ enum Warning : int {
   kWarnLongChange = 35,
 };
 
-// What a parser returns: kOk, kEndOfInput, or an error. The last two errors
-// carry no text of their own: their message has been printed where they arose.
+// What a parser returns: kOk, kEndOfInput (kSkipBlock for an i-block header
+// with a negative instrument number, kBlockFull for a function's rhythm that
+// has filled the block), or an error. The last two errors carry no
+// text of their own: their message has been printed where they arose.
 enum Error : int {
   kOk = 0,
   kEndOfInput = -1,
+  kSkipBlock = -1,
+  kBlockFull = -1,
   kErrCommentsMismatched = 3,
   kErrPfieldsMismatchHeader = 4,
   kErrEofBeforeBrace = 5,

@@ -199,8 +199,8 @@ struct RhythmProducer {
   }
 };
 
-// One event of a rhythm made by a function in p2: 0, -1 when the block is
-// full, or an error.
+// One event of a rhythm made by a function in p2: kOk, kBlockFull, or an
+// error.
 int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float>& weights,
                  float& elapsed, unsigned& index) {
   Run& run = c.run;
@@ -209,7 +209,7 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float
   if (out_of_time(c)) {
     warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
-    return -1;
+    return kBlockFull;
   }
   const int k = prob_result(run.rng, weights.data(), static_cast<int>(weights.size()));
   const float value = p.value(k, elapsed, index);
@@ -223,7 +223,7 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float
   elapsed = elapsed + std::fabs(secs);
   ++index;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int read_args(Ctx& c, int type, DdfArgs& a) {
@@ -246,10 +246,10 @@ int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<fl
   if (a.dur >= 0.0f) {
     while (elapsed < a.dur) {
       int r = insert_DDFp2(c, d, p, weights, elapsed, index);
-      if (r == -1) return 0;
+      if (r == kBlockFull) return kOk;
       if (r) return r;
     }
-    return 0;
+    return kOk;
   }
   float base, last;
   p.span = events_covered(c, d, a.dur, base, last);
@@ -257,7 +257,7 @@ int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<fl
     int r = insert_DDFp2(c, d, p, weights, elapsed, index);
     if (r > 0) return r;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -294,7 +294,7 @@ int do_DDF(Ctx& c, int type, DataList& d) {
     warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

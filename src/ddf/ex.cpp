@@ -107,7 +107,7 @@ int get_EX_data(Ctx& c, DdfArgs& a) {
     if (!reader.referenced) return kErrExNoPfield;
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }
@@ -142,7 +142,7 @@ int make_EX(const Ctx& c, const DataList& d, const DdfArgs& a, int k, float& res
     }
   }
   result = a.mode[static_cast<size_t>(k)] == 1 ? static_cast<float>(Round(value)) : value;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

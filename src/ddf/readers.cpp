@@ -21,7 +21,7 @@ int get_range(Ctx& c, float& code, float& low, float& high) {
   if (src.cur() != '[') {
     if (!get_input_type(c, low)) return kErrValuesMissing;
     high = low;
-    return 0;
+    return kOk;
   }
   ++src.pos;
   int r = src.skip_wc();
@@ -41,7 +41,7 @@ int get_range(Ctx& c, float& code, float& low, float& high) {
   }
   ++src.pos;
   if (low > high) std::swap(low, high);
-  return 0;
+  return kOk;
 }
 
 // A set: "[" one or more values "]", or a single value. Appends the values
@@ -54,7 +54,7 @@ int get_set(Ctx& c, std::vector<float>& rec, int& count) {
     if (!get_input_type(c, v)) return kErrValuesMissing;
     rec.push_back(v);
     count = 1;
-    return 0;
+    return kOk;
   }
   ++src.pos;
   for (;;) {
@@ -67,7 +67,7 @@ int get_set(Ctx& c, std::vector<float>& rec, int& count) {
   }
   if (count == 0) return kErrBracketValue;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 // A rhythm in p2 given a span of time may not have a zero bound.
@@ -158,7 +158,7 @@ int get_RA_data(Ctx& c, DdfArgs& a) {
     if (e) return e;
     if (zero_bound_in_p2(c, a, low, high)) return kErrZeroP2WithBeats;
     rec.insert(rec.end(), {code, low, high});
-    return 0;
+    return kOk;
   });
 }
 
@@ -184,7 +184,7 @@ int get_RW_data(Ctx& c, DdfArgs& a) {
     if ((e = src.skip_wc())) return e;
     if (!get_input_type(c, start) || start < low || start > high) return kErrRwStart;
     rec.insert(rec.end(), {low, high, width, (start - low) / (high - low)});
-    return 0;
+    return kOk;
   });
 }
 
@@ -200,7 +200,7 @@ int get_MO_data(Ctx& c, DdfArgs& a) {
     if ((e = get_range(c, ecode, elow, ehigh))) return e;
     if (zero_bound_in_p2(c, a, slow, shigh) || zero_bound_in_p2(c, a, elow, ehigh)) return kErrZeroP2WithBeats;
     rec.insert(rec.end(), {curve, value, scode, slow, shigh, ecode, elow, ehigh});
-    return 0;
+    return kOk;
   });
 }
 
@@ -244,7 +244,7 @@ int get_HO_data(Ctx& c, DdfArgs& a) {
   if ((r = src.skip_wc())) return r;
   if (src.cur() != ')') return kErrHoParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

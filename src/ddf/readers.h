@@ -33,7 +33,7 @@ int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
     if ((r = src.skip_wc())) return r;
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }

@@ -26,7 +26,7 @@ int get_S2_element(Ctx& c, std::vector<float>& values) {
     values.push_back(v);
     if (src.cur() == ':' || src.cur() == '\'') ++src.pos;
     const int ch = src.cur();
-    if (is_space(ch) || ch == ']' || ch == ')' || ch == ',' || ch == '/') return 0;
+    if (is_space(ch) || ch == ']' || ch == ')' || ch == ',' || ch == '/') return kOk;
   }
 }
 
@@ -67,7 +67,7 @@ int get_S2_data(Ctx& c, DdfArgs& a) {
     a.mode.push_back(starts.size() == 1 ? 0 : mode);
     a.group_start.push_back(std::move(starts));
     a.group_len.push_back(std::move(lens));
-    return 0;
+    return kOk;
   });
 }
 
@@ -84,7 +84,7 @@ int do_S2(Ctx& c, DataList& d) {
   init_did(choice, a.size);
   float base, last;
   const unsigned count = events_covered(c, d, a.dur, base, last);
-  if (count == 0) return 0;
+  if (count == 0) return kOk;
 
   unsigned made = 0;
   while (static_cast<unsigned>(b.EVENT_NO) < b.EVENTS) {
@@ -117,7 +117,7 @@ int do_S2(Ctx& c, DataList& d) {
     warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

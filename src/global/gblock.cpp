@@ -27,11 +27,11 @@ int scan_chars(Source& src, LineEnd& end) {
     const int c = src.cur();
     if (c == '\0') {
       end = LineEnd::kNextLine;
-      return 0;
+      return kOk;
     }
     if (c == 'i') {
       end = LineEnd::kBlockEnd;
-      return 0;
+      return kOk;
     }
     if (is_space(c)) {
       ++src.pos;
@@ -66,7 +66,7 @@ int parse_gblock(Source& src, FILE* output) {
       if (r) return r;
       if (end == LineEnd::kBlockEnd) {
         if (src.run.SHOW_TEMPOS) print_tempos(src.run);
-        return 0;
+        return kOk;
       }
       break;
     }
@@ -78,7 +78,7 @@ int do_gcommand(int code, Source& src, FILE* output) {
     case CMD_TE: return get_tempo_change(src);
     case CMD_RD: return set_rand_dev(src);
     case CMD_RS: return set_rand_seed(src);
-    case CMD_DIRECT: do_direct_out(src, output); return 0;
+    case CMD_DIRECT: do_direct_out(src, output); return kOk;
     case CMD_MACRO: return parse_macro(src);
     case CMD_CONST: return parse_var(src);
     case CMD_SR: return set_samp_rate(src);

@@ -21,7 +21,7 @@ int read_setting(Source& src, int format_error, Reader read) {
   if (r > 0) return r;
   if (src.cur() != ')') return kErrMissingParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 // RD and DV: above 100 or below 0 is refused; above 1 is allowed with a
@@ -29,7 +29,7 @@ int read_setting(Source& src, int format_error, Reader read) {
 int check_deviation(Source& src, float dev) {
   if (dev > 100.0f || dev < 0.0f) return kErrDeviationFormat;
   if (dev > 1.0f) warning_no(src.run, kWarnDeviationOverOne, src.line, src.buffer, src.pos);
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ int set_rand_seed(Source& src) {
   int r = read_setting(src, kErrSeedFormat, [&] { return src.get_ui(seed); });
   if (r) return r;
   src.run.rng.srand(seed);
-  return 0;
+  return kOk;
 }
 
 int set_samp_rate(Source& src) {

@@ -28,7 +28,7 @@ int single_tempo(Source& src, float T) {
   src.run.tempo_map.replace_first(r);
   if (T > 300.0f) warn(src, kWarnTempo1Fast);
   else if (T < 30.0f) warn(src, kWarnTempo1Slow);
-  return 0;
+  return kOk;
 }
 
 // Reads one term and the separators after it.
@@ -75,7 +75,7 @@ int tempo_move(Source& src, float S) {
     run.tempo_map.add(def);
   if (src.cur() != ')') return kErrMissingParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -90,7 +90,7 @@ int get_tempo_change(Source& src) {
   r = src.cur() == ')' ? single_tempo(src, first) : tempo_move(src, first);
   if (r) return r;
   check_tempos(src.run);
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

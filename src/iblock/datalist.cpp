@@ -28,11 +28,11 @@ int skip_rest(Ctx& c) {
     if (src.at_line_end()) {
       if (src.at_eof()) return kErrEofBeforeBrace;
       int r = src.get_buff();
-      if (r == -1) return kErrEofBeforeBrace;
+      if (r == kEndOfInput) return kErrEofBeforeBrace;
       if (r) return r;
       continue;
     }
-    if (is_pfield(src.buffer, src.pos) || src.cur() == '}') return 0;
+    if (is_pfield(src.buffer, src.pos) || src.cur() == '}') return kOk;
     bool skipped;
     if (int r = skip_block_comment(src, skipped)) return r;
     if (skipped) continue;
@@ -49,7 +49,7 @@ int set_input_type(Ctx& c, int code, const CommandExtras& extras) {
   if (extras.nx != -1) p.NX = extras.nx;
   if (code == CMD_RE && extras.digits >= 0)
     c.block.RE_FW[static_cast<size_t>(p.P_NO - 2)] = extras.digits;
-  return 0;
+  return kOk;
 }
 
 // "<" opens a loop when none is open and no fuse mark is pending; ">" closes one.
@@ -94,7 +94,7 @@ int do_separators(Ctx& c, ListScan& s) {
       ++p.IS_FUSED;
       if (p.P_NO >= 3) ++c.block.EVENTS;  // the fused value adds a chord member
       ++src.pos;
-      return 0;
+      return kOk;
     case '/':
       // A single "/" only separates; each further one repeats the last value.
       ++src.pos;
@@ -105,7 +105,7 @@ int do_separators(Ctx& c, ListScan& s) {
         ++src.pos;
         src.skip_blanks();
       }
-      return 0;
+      return kOk;
     case 'x': {
       ++src.pos;
       if (!is_digit(src.cur())) return kErrXNeedsDigit;
@@ -115,9 +115,9 @@ int do_separators(Ctx& c, ListScan& s) {
     }
     case ',':
       ++src.pos;
-      return 0;
+      return kOk;
     default:
-      return 0;
+      return kOk;
   }
 }
 
@@ -127,7 +127,7 @@ int do_data(Ctx& c, ListScan& s) {
   if (out_of_time(c)) {
     warn(c, kWarnEventsNotAdded);
     s.d.exhausted = 1;
-    return 0;
+    return kOk;
   }
   float value;
   if (!get_input_type(c, value)) return kErrValueOrSyntax;
@@ -137,7 +137,7 @@ int do_data(Ctx& c, ListScan& s) {
   int r = store_value(c, s.d, value);
   if (r) return r;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int parse_pdata(Ctx& c, ListScan& s) {
@@ -160,7 +160,7 @@ int do_pfield(Ctx& c, DataList& d) {
   for (;;) {
     int r = src.skip_lines();
     if (r > 0) return r;
-    if (r == -1 || src.at_line_end()) return kErrEofBeforeBrace;
+    if (r == kEndOfInput || src.at_line_end()) return kErrEofBeforeBrace;
     if (d.exhausted && (r = skip_rest(c))) return r;
     if (is_pfield(src.buffer, src.pos) || src.cur() == '}') break;
 
@@ -192,7 +192,7 @@ int do_pfield(Ctx& c, DataList& d) {
   if (p.P_NO >= 3 && b.ETIME < 0.0f && b.EVENTS != entry_events)
     Mprintf(c.run, "\n\tP%d: Fused data changed \"events\" from %d to %d", p.P_NO, entry_events,
             b.EVENTS);
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

@@ -35,7 +35,7 @@ int get_amount(Ctx& c) {
     if (!src.get_uli(n)) return kErrBadEvents;
     b.EVENTS = n;
     b.ETIME = -static_cast<float>(n);
-    return 0;
+    return kOk;
   }
   const int ch = src.cur();
   if (!is_digit(ch) && ch != '+' && ch != '.') return ch == '{' ? kErrNoBlockDuration : kErrBlockDuration;
@@ -48,7 +48,7 @@ int get_amount(Ctx& c) {
   if (beats > 600.0f) warn(c, kWarnLongDuration);
   b.BEATS = beats;
   b.ETIME = beats;
-  return 0;
+  return kOk;
 }
 
 int do_p1(Ctx& c) {
@@ -61,7 +61,7 @@ int do_p1(Ctx& c) {
   int ino;
   if (!src.get_i(ino)) return kErrBadINumber;
   b.I_NO = ino;
-  if (ino < 0) return -1;
+  if (ino < 0) return kSkipBlock;
 
   if ((r = src.skip_lines()) > 0) return r;
   if (src.cur() != '=') return kErrINumberNeedsEquals;
@@ -92,7 +92,7 @@ int do_p1(Ctx& c) {
   if ((r = skip_gap(src))) return r;
   if (src.cur() != '{') return kErrMissingBlockStart;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 void reset_pfield(Ctx& c) {

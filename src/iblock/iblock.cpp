@@ -18,14 +18,14 @@ int skip_block(Source& src) {
   for (;;) {
     if (src.at_line_end()) {
       int r = src.get_buff();
-      if (r == -1) return 0;
+      if (r == kEndOfInput) return kOk;
       if (r) return r;
       continue;
     }
     bool skipped;
     if (int r = skip_block_comment(src, skipped)) return r;
     if (skipped) continue;
-    if (src.get_c() == '}') return 0;
+    if (src.get_c() == '}') return kOk;
   }
 }
 
@@ -48,7 +48,7 @@ int read_pfield(Ctx& c) {
   if (r) return r;
   b.DID_P[k] = 1;
   if (k == 2) b.EVENTS = static_cast<unsigned>(b.EVENT_NO);
-  return 0;
+  return kOk;
 }
 
 // "}": every p-field from 2 to N must have been read.
@@ -57,7 +57,7 @@ int end_block(Ctx& c) {
   for (int k = 2; k <= b.MAX_PFIELDS; ++k)
     if (!b.DID_P[k]) return kErrSkippedPfields;
   ++c.src.pos;
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -77,10 +77,10 @@ int parse_iblock(Ctx& c) {
     int r;
     if (ch == 'i' && !header_read) {
       r = do_p1(c);
-      if (r == -1) {
+      if (r == kSkipBlock) {
         if ((r = skip_block(src))) return r;
         warn(c, kWarnBlockSkipped);
-        return -1;
+        return kSkipBlock;
       }
       if (r) return r;
       header_read = true;

@@ -48,7 +48,7 @@ int get_if(Source& src, float& value) {
   src.skip_blanks();
   if (src.cur() != ')') return kErrIfParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 int do_if(Source& src) {
@@ -58,7 +58,7 @@ int do_if(Source& src) {
   get_if(src, run.if_value);
   run.start_level = run.IF_MATCH;
   ++run.IF_MATCH;
-  if (run.if_value != 0.0f) return 0;
+  if (run.if_value != 0.0f) return kOk;
 
   run.IN_IF0 = 1;
   CommentState comment;  // "#if" and "#endif" in a comment do not count
@@ -85,7 +85,7 @@ int do_if(Source& src) {
       if (r > 0) return r;
       if (run.IF_MATCH == run.start_level) {
         run.IN_IF0 = 0;
-        return 0;
+        return kOk;
       }
     } else {
       ++src.pos;
@@ -100,7 +100,7 @@ int do_endif(Source& src) {
   src.pos += 5;
   if (src.run.IF_MATCH < 1) return kErrEndifMismatched;
   --src.run.IF_MATCH;
-  return 0;
+  return kOk;
 }
 
 int ifdef_match(const Run& run) { return run.IF_MATCH == 0 ? 1 : 0; }

@@ -30,7 +30,7 @@ int get_vdata(Source& src, Constant& constant) {
   src.skip_blanks();
   if (src.cur() == '$') return kErrMacroInConst;
   if (!src.get_df(constant.value)) return kErrDigitExpected;
-  return 0;
+  return kOk;
 }
 
 int store_var(Constant&& constant, std::unordered_map<std::string, Constant>& list) {

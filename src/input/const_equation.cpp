@@ -74,13 +74,13 @@ int parse_vequation(Source& src, double& value) {
   }
   if (terms.size() == 1 && ops.empty()) {
     value = terms[0];
-    return 0;
+    return kOk;
   }
   if (terms.size() < 2 || ops.size() != terms.size() - 1) return kErrConstTerms;
   double result = terms[0];
   for (size_t k = 0; k < ops.size(); ++k) result = apply(ops[k], result, terms[k + 1]);
   value = result;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

@@ -60,7 +60,7 @@ int vexpand_in_buff(Source& src, const char* label, double value, int tilde) {
   std::memset(src.buffer, 0, sizeof src.buffer);
   std::memcpy(src.buffer, text.data(), text.size());
   src.pos = tilde;
-  return 0;
+  return kOk;
 }
 
 int skip_vname_or_eq(const Source& src, int i) {

@@ -26,7 +26,7 @@ int get_curve_type(Source& src, float& code, float& value, bool allow_beats) {
     ++src.pos;
     code = code + 100.0f;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

@@ -45,7 +45,7 @@ int read_include_name(Run& run, FILE* source, char (&name)[kNameMax + 1]) {
     if (c != '\n') name[len++] = static_cast<char>(c);
   }
   name[len] = '\0';
-  return 0;
+  return kOk;
 }
 
 // Splices the file named by the directive just read into tmp.
@@ -64,7 +64,7 @@ int include_file(Run& run, FILE* source, FILE* tmp, int& counter) {
   std::fclose(f);
   if (r > 0) return r;
   if (mark >= 0) std::fseek(source, mark, SEEK_SET);
-  return 0;
+  return kOk;
 }
 
 }  // namespace

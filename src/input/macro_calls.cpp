@@ -63,7 +63,7 @@ int read_call_args(const Macro& macro, const std::string& text, size_t& i,
     int r = store_macro(std::move(arg), args);
     if (r) return r;
   }
-  return 0;
+  return kOk;
 }
 
 // Expands the call whose "$" is at text[pos - 1]. `args` are the arguments of
@@ -105,7 +105,7 @@ int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size
     Mprintf(x.run, "\n\tExpanding macro \"%s\" into line %d...", name.c_str(), x.src.line);
   text.replace(dollar, end - dollar, body);
   pos = dollar;
-  return 0;
+  return kOk;
 }
 
 }  // namespace

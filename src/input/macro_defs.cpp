@@ -66,7 +66,7 @@ int get_args(Source& src, Macro& macro) {
     src.skip_blanks();
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }
@@ -108,7 +108,7 @@ int get_body(Source& src, std::string& body) {
     }
     if (!comment.in() && c == '#') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
     const int mark = comment.step(c, char_at(src, src.pos + 1), CommentRules::kOutsideComments);
     for (int k = 0; k < (mark ? mark : 1); ++k)
@@ -119,7 +119,7 @@ int get_body(Source& src, std::string& body) {
 int store_macro(Macro&& macro, std::vector<Macro>& list) {
   if (find_macro(list, macro.name)) return kErrMacroDefined;
   list.push_back(std::move(macro));
-  return 0;
+  return kOk;
 }
 
 int store_macro(Macro&& macro, std::unordered_map<std::string, Macro>& list) {
@@ -135,7 +135,7 @@ int do_undefine(Source& src) {
   while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
   auto& list = src.run.macro_list;
   if (list.empty()) return kErrNoMacrosToUndefine;
-  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : 0;
+  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : kOk;
 }
 
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name) {

@@ -59,7 +59,7 @@ inline int loose_keyword(Source& src, const char* word, int length) {
   }
   if (!match || !is_space(src.cur())) return kErrMacroStatement;
   src.skip_blanks();
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

@@ -12,7 +12,7 @@
 namespace sorvel {
 
 int Source::get_buff() {
-  if (!std::fgets(buffer, kLineSize, fin)) return -1;
+  if (!std::fgets(buffer, kLineSize, fin)) return kEndOfInput;
   ++line;
   expansions = 0;
   std::memset(marks_, 0, sizeof marks_);
@@ -24,19 +24,19 @@ int Source::get_buff() {
   // Whatever a NUL byte hid, or an earlier longer line left, reads as the end.
   std::memset(buffer + n, 0, static_cast<size_t>(kLineSize - n));
   pos = 0;
-  if (in_if0(run)) return 0;
+  if (in_if0(run)) return kOk;
 
   skip_blanks();
   if (cur() == '#') {
     if (is_if(buffer, pos + 1)) {
       ++pos;
       int r = do_if_interface(*this);
-      return r > 0 ? r : 0;
+      return r > 0 ? r : kOk;
     }
     if (is_endif(buffer, pos + 1)) {
       ++pos;
       int r = do_endif(*this);
-      return r > 0 ? r : 0;
+      return r > 0 ? r : kOk;
     }
   }
   int r = parse_macros(*this, marks_);
@@ -47,7 +47,7 @@ int Source::get_buff() {
     std::fputs(buffer, run.fecho);
     std::fputc('\n', run.fecho);
   }
-  return 0;
+  return kOk;
 }
 
 int Source::is_comment(int& kind) const {

@@ -29,7 +29,7 @@ int MidiWriter::take_block(const FinishedBlock&) {
     PutTrack1(run_.fout, last->start + last->dur + 1.0f);
     WriteTrack(run_.fout, block.note_list, track_bytes);
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

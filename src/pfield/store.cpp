@@ -19,11 +19,11 @@ int store_value(Ctx& c, DataList& d, float value) {
       return kErrOutOfMemory;
     p.WROTE_DATA = 1;
     p.CBEATS = p.CBEATS + value;
-    return 0;
+    return kOk;
   }
   if (p.P_NO == 3) {
     store_p3(c, d, value);
-    return 0;
+    return kOk;
   }
   // A negative pitch is a rest: the event that receives it falls silent.
   if (p.IN_TYPE == CMD_NO && value < 0.0f) d.cursor->next->dur = -d.cursor->next->dur;
@@ -44,7 +44,7 @@ int repeat_last(Ctx& c, DataList& d) {
   }
   if (p.IN_LOOP && !DoQEvent(d.queue)) return kErrMisplacedLoop;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int fill_to_end(Ctx& c, DataList& d) {

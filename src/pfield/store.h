@@ -28,7 +28,7 @@ inline int store_in_event(Ctx& c, DataList& d, float value) {
                    run.PFACTOR))
     return kErrOutOfMemory;
   p.WROTE_DATA = 1;
-  return 0;
+  return kOk;
 }
 
 // One repetition of the last value (or, in p4 and later, of the last chord),
