@@ -13,7 +13,7 @@ namespace sorvel {
 int get_dynfunc_dur(Ctx& c, float& dur);
 
 // Reads the head, then alternatives until ")": each begins with its weight
-// (error 38 when none can be read), then `body` reads the rest into the new
+// (kErrNoWeight when none can be read), then `body` reads the rest into the new
 // record. Every gap between two tokens gets one skip_wc (white space, at most
 // one comment, white space) and no more: the head's last skip stands before
 // the first weight, the skip after an alternative before the next one, so

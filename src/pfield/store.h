@@ -17,7 +17,7 @@ int store_value(Ctx& c, DataList& d, float value);
 
 // Stores a value of p4 or later in the event after the cursor, or in a new
 // chord member when IS_FUSED, after random deviation and pitch rounding.
-// Returns 0 or error 32. Inline, like the steps it is made of: every value of
+// Returns kOk or kErrOutOfMemory. Inline, like the steps it is made of: every value of
 // p4 and later passes through here.
 inline int store_in_event(Ctx& c, DataList& d, float value) {
   Run& run = c.run;
