@@ -5,8 +5,8 @@
 // number of runs, each as a fresh process would.
 #include <cstdio>
 
-#include "base/run.h"
-#include "driver/run.h"
+#include "base/run_state.h"
+#include "driver/run_sorvel.h"
 
 extern "C" int sorvel_run_in_memory(int argc, char** argv, const char* err_path,
                                     const char* out_path) {

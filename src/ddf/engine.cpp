@@ -4,12 +4,12 @@
 #include <cstdio>
 
 #include "base/catalog.h"
-#include "base/convert.h"
 #include "base/curves.h"
 #include "base/diag.h"
 #include "base/random.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
+#include "base/x86_int.h"
 #include "ddf/ddf.h"
 #include "ddf/ex.h"
 #include "ddf/readers.h"

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "base/catalog.h"
-#include "base/convert.h"
 #include "base/rounding.h"
+#include "base/x86_int.h"
 #include "ddf/readers.h"
 #include "pfield/timing.h"
 

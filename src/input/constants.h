@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 
 namespace sorvel {

@@ -1,4 +1,4 @@
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 
 #include <cstdio>
 #include <new>
