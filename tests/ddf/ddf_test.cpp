@@ -5,10 +5,10 @@
 #include <set>
 #include <string>
 
-#include "../support/text_input.h"
 #include "base/catalog.h"
 #include "ddf/engine.h"
 #include "ddf/readers.h"
+#include "support/text_input.h"
 
 namespace sorvel {
 namespace {

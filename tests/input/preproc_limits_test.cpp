@@ -8,7 +8,7 @@
 
 #include "base/catalog.h"
 #include "input/macros.h"
-#include "preproc_support.h"
+#include "input/preproc_support.h"
 
 namespace sorvel {
 namespace {

@@ -8,8 +8,8 @@
 #include <cmath>
 #include <string>
 
-#include "../support/text_input.h"
 #include "base/catalog.h"
+#include "support/text_input.h"
 
 namespace sorvel {
 namespace {
