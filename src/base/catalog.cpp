@@ -15,6 +15,8 @@ struct Entry {
   const char* text;
 };
 
+// One text a line, as it prints.
+// clang-format off
 constexpr Entry kWarnings[] = {
     {kWarnNegativeDuration, "P3 Duration < 0! (Event turned into rest...)"},
     {kWarnBlockSkipped, "I-block skipped! (i-no < 0)"},
@@ -156,6 +158,7 @@ constexpr Entry kErrors[] = {
     {kErrNotImplemented, "Not implemented yet..."},
     {kErrDigitExpected, "Expecting a digit or decimal point in floating-point number."},
 };
+// clang-format on
 
 // The look-up below halves the table, so each table stays in rising order of
 // number, and a number names one text.

@@ -216,7 +216,8 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float
   pf.LAST_VAL = value;
   float secs = to_tempo(run, pf.CBEATS, value);
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
-  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED)) return kErrOutOfMemory;
+  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED))
+    return kErrOutOfMemory;
   pf.WROTE_DATA = 1;
   pf.CBEATS = pf.CBEATS + value;
   if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;

@@ -24,7 +24,8 @@ struct ExReader {
       ++src.pos;
       int n;
       if (!src.get_i(n)) return kErrBadPfieldNumber;
-      if (n < 2 || n > c.block.MAX_PFIELDS || n == c.pfield.P_NO || !c.block.DID_P[n]) return kErrExPfield;
+      if (n < 2 || n > c.block.MAX_PFIELDS || n == c.pfield.P_NO || !c.block.DID_P[n])
+        return kErrExPfield;
       if (after_divide) warn(c, kWarnExMayDivideByZero);
       referenced = true;
       rec.insert(rec.end(), {static_cast<float>(EX_PFIELD), static_cast<float>(n)});

@@ -134,7 +134,8 @@ int get_dynfunc_dur(Ctx& c, float& dur) {
     float factor = 1.0f;
     if (src.cur() == '*') {
       ++src.pos;
-      if ((!is_digit(src.cur()) && src.cur() != '.') || !src.get_f(factor)) return kErrTimePercentage;
+      if ((!is_digit(src.cur()) && src.cur() != '.') || !src.get_f(factor))
+        return kErrTimePercentage;
     }
     const Block& b = c.block;
     if (b.ETIME >= 0.0f) {
@@ -198,7 +199,8 @@ int get_MO_data(Ctx& c, DdfArgs& a) {
     if ((e = get_range(c, scode, slow, shigh))) return e;
     if ((e = src.skip_wc())) return e;
     if ((e = get_range(c, ecode, elow, ehigh))) return e;
-    if (zero_bound_in_p2(c, a, slow, shigh) || zero_bound_in_p2(c, a, elow, ehigh)) return kErrZeroP2WithBeats;
+    if (zero_bound_in_p2(c, a, slow, shigh) || zero_bound_in_p2(c, a, elow, ehigh))
+      return kErrZeroP2WithBeats;
     rec.insert(rec.end(), {curve, value, scode, slow, shigh, ecode, elow, ehigh});
     return kOk;
   });

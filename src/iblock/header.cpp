@@ -38,7 +38,8 @@ int get_amount(Ctx& c) {
     return kOk;
   }
   const int ch = src.cur();
-  if (!is_digit(ch) && ch != '+' && ch != '.') return ch == '{' ? kErrNoBlockDuration : kErrBlockDuration;
+  if (!is_digit(ch) && ch != '+' && ch != '.')
+    return ch == '{' ? kErrNoBlockDuration : kErrBlockDuration;
   float beats;
   if (!src.get_f(beats) || beats < 0.0f) return kErrBadBeats;
   if (beats > 10000.0f) {

@@ -35,7 +35,8 @@ int repeat_last(Ctx& c, DataList& d) {
   Pfield& p = c.pfield;
   if (p.P_NO >= 4 && d.cursor != p.LUT) {
     int added = 0;
-    if (!DoListChord(b.note_list, d.cursor, p.LUT, p.P_NO, b.MAX_PFIELDS, added)) return kErrOutOfMemory;
+    if (!DoListChord(b.note_list, d.cursor, p.LUT, p.P_NO, b.MAX_PFIELDS, added))
+      return kErrOutOfMemory;
     b.EVENTS += static_cast<unsigned>(added);
     b.EVENT_NO += added;
   } else {
