@@ -201,26 +201,26 @@ struct RhythmProducer {
 
 // One event of a rhythm made by a function in p2: kOk, kBlockFull, or an
 // error.
-int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float>& weights,
+int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& producer, const std::vector<float>& weights,
                  float& elapsed, unsigned& index) {
   Run& run = c.run;
   Block& b = c.block;
-  Pfield& pf = c.pfield;
+  Pfield& p = c.pfield;
   if (out_of_time(c)) {
     warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
     return kBlockFull;
   }
   const int k = prob_result(run.rng, weights.data(), static_cast<int>(weights.size()));
-  const float value = p.value(k, elapsed, index);
-  pf.LAST_VAL = value;
-  float secs = to_tempo(run, pf.CBEATS, value);
+  const float value = producer.value(k, elapsed, index);
+  p.LAST_VAL = value;
+  float secs = to_tempo(run, p.CBEATS, value);
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
-  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED))
+  if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
     return kErrOutOfMemory;
-  pf.WROTE_DATA = 1;
-  pf.CBEATS = pf.CBEATS + value;
-  if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
+  p.WROTE_DATA = 1;
+  p.CBEATS = p.CBEATS + value;
+  if (p.IN_LOOP && !StoreInQ(value, d.queue, p.IS_FUSED)) return kErrOutOfMemory;
   elapsed = elapsed + std::fabs(secs);
   ++index;
   ++b.EVENT_NO;
@@ -240,22 +240,22 @@ int read_args(Ctx& c, int type, DdfArgs& a) {
 }
 
 int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<float>& weights) {
-  RhythmProducer p{c, a, type, {}};
-  init_did(p.choice, a.size);
+  RhythmProducer producer{c, a, type, {}};
+  init_did(producer.choice, a.size);
   float elapsed = 0.0f;
   unsigned index = 0;
   if (a.dur >= 0.0f) {
     while (elapsed < a.dur) {
-      int r = insert_DDFp2(c, d, p, weights, elapsed, index);
+      int r = insert_DDFp2(c, d, producer, weights, elapsed, index);
       if (r == kBlockFull) return kOk;
       if (r) return r;
     }
     return kOk;
   }
   float base, last;
-  p.span = events_covered(c, d, a.dur, base, last);
-  for (unsigned i = 0; i < p.span; ++i) {
-    int r = insert_DDFp2(c, d, p, weights, elapsed, index);
+  producer.span = events_covered(c, d, a.dur, base, last);
+  for (unsigned i = 0; i < producer.span; ++i) {
+    int r = insert_DDFp2(c, d, producer, weights, elapsed, index);
     if (r > 0) return r;
   }
   return kOk;
@@ -266,32 +266,32 @@ int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<fl
 int do_DDF(Ctx& c, int type, DataList& d) {
   Run& run = c.run;
   Block& b = c.block;
-  Pfield& pf = c.pfield;
+  Pfield& p = c.pfield;
   DdfArgs a;
   int r = read_args(c, type, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
   if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
-  if (pf.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
+  if (p.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
 
-  Producer p{c, d, a, type, {}};
-  init_did(p.choice, a.size);
-  p.count = events_covered(c, d, a.dur, p.base, p.last);
+  Producer producer{c, d, a, type, {}};
+  init_did(producer.choice, a.size);
+  producer.count = events_covered(c, d, a.dur, producer.base, producer.last);
   unsigned index = 0;
-  for (; index < p.count && static_cast<unsigned>(b.EVENT_NO) < b.EVENTS; ++index) {
+  for (; index < producer.count && static_cast<unsigned>(b.EVENT_NO) < b.EVENTS; ++index) {
     const int k = prob_result(run.rng, weights.data(), a.n());
     float value;
-    if ((r = p.value(k, index, value))) return r;
-    if (pf.IN_TYPE == CMD_IN) value = RoundF(value);
-    pf.LAST_VAL = value;
-    if (pf.P_NO == 3)
+    if ((r = producer.value(k, index, value))) return r;
+    if (p.IN_TYPE == CMD_IN) value = RoundF(value);
+    p.LAST_VAL = value;
+    if (p.P_NO == 3)
       store_p3(c, d, value);
     else if ((r = store_in_event(c, d, value)))
       return r;
-    if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
+    if (p.IN_LOOP && !StoreInQ(value, d.queue, p.IS_FUSED)) return kErrOutOfMemory;
     ++b.EVENT_NO;
   }
-  if (index < p.count) {
+  if (index < producer.count) {
     warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }

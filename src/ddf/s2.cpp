@@ -74,7 +74,7 @@ int get_S2_data(Ctx& c, DdfArgs& a) {
 int do_S2(Ctx& c, DataList& d) {
   Run& run = c.run;
   Block& b = c.block;
-  Pfield& pf = c.pfield;
+  Pfield& p = c.pfield;
   DdfArgs a;
   int r = get_S2_data(c, a);
   if (r) return r;
@@ -97,19 +97,19 @@ int do_S2(Ctx& c, DataList& d) {
     for (int j = 0; j < len; ++j) {
       value = a.alt[ks][static_cast<size_t>(1 + start + j)];
       if (j == 0) {
-        pf.IS_FUSED = 0;
+        p.IS_FUSED = 0;
       } else {
-        pf.IS_FUSED = 1;
-        if (pf.P_NO != 2) {
+        p.IS_FUSED = 1;
+        if (p.P_NO != 2) {
           ++b.EVENTS;
           ++b.EVENT_NO;
         }
       }
       if ((r = store_in_event(c, d, value))) return r;
-      if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return kErrOutOfMemory;
+      if (p.IN_LOOP && !StoreInQ(value, d.queue, p.IS_FUSED)) return kErrOutOfMemory;
     }
     // Only LAST_VAL is rounded in integer input; the stored values are not.
-    pf.LAST_VAL = pf.IN_TYPE == CMD_IN ? RoundF(value) : value;
+    p.LAST_VAL = p.IN_TYPE == CMD_IN ? RoundF(value) : value;
     ++b.EVENT_NO;
     if (++made == count) break;
   }
