@@ -82,7 +82,7 @@ int body_too_long(Source& src) { return too_long(src, "macro body", kMacroBodyMa
 int copy_to_body(Source& src, std::string& body) {
   body += static_cast<char>(src.cur());
   ++src.pos;
-  return body.size() < static_cast<size_t>(kMacroBodyMax) ? 0 : body_too_long(src);
+  return body.size() < static_cast<size_t>(kMacroBodyMax) ? kOk : body_too_long(src);
 }
 
 }  // namespace
