@@ -24,7 +24,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 #include "roll/collect.h"
 #include "roll/roll.h"
 

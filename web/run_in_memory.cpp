@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <string>
 
-#include "base/run.h"
-#include "driver/run.h"
+#include "base/run_state.h"
+#include "driver/run_sorvel.h"
 #include "roll/collect.h"
 #include "roll/roll.h"
 

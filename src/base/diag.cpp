@@ -88,14 +88,15 @@ void warning_no(Run& run, int number, int line, const char* buffer, int pos) {
 }
 
 void error_no(Run& run, int number, int line, const char* buffer, int pos) {
-  if (number == 999) return;
-  if (number == 1000) {
+  if (number == kErrAlreadyPrinted) return;
+  if (number == kErrCaretOnly) {
     put_buff_both(run, buffer, pos);
     return;
   }
   const char* text = error_text(number);
-  bool short_form = number == 3 || number == 4 || number == 5 || number == 8 || number == 9 ||
-                    (!is_catalogued_error(number) && number <= 9);
+  bool short_form = number == kErrCommentsMismatched || number == kErrPfieldsMismatchHeader ||
+                    number == kErrEofBeforeBrace || number == kErrEofInMacroBody ||
+                    number == kErrTempFile || (!is_catalogued_error(number) && number <= 9);
   if (short_form) {
     Mprintf(run, "\nERROR: %s\n\n", text);
     return;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "base/run.h"
+#include "base/run_state.h"
 
 namespace sorvel {
 
@@ -38,8 +38,8 @@ void Mprintf(Run& run, const char* format, A... args) {
 // Nothing is printed under -s.
 void warning_no(Run& run, int number, int line, const char* buffer, int pos);
 
-// Prints error `number` (never silenced). 999 prints nothing; 1000 prints the
-// source line and caret only.
+// Prints error `number` (never silenced). kErrAlreadyPrinted (999) prints
+// nothing; kErrCaretOnly (1000) prints the source line and caret only.
 void error_no(Run& run, int number, int line, const char* buffer, int pos);
 
 // Prints the line (newlines shown as "L") and a caret line under `pos`.

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "base/convert.h"
+#include "base/x86_int.h"
 
 namespace sorvel {
 

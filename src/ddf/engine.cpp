@@ -3,12 +3,13 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/convert.h"
+#include "base/catalog.h"
 #include "base/curves.h"
 #include "base/diag.h"
 #include "base/random.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
+#include "base/x86_int.h"
 #include "ddf/ddf.h"
 #include "ddf/ex.h"
 #include "ddf/readers.h"
@@ -78,7 +79,7 @@ unsigned events_covered(Ctx& c, const DataList& d, float dur, float& base, float
   }
   const unsigned count = ListSize(dur, base, last, d.cursor, c.block.note_list);
   if (last < dur - 5.0f && !c.run.SUPRESS) {
-    warn(c, 14);
+    warn(c, kWarnDurationAltered);
     Mprintf(c.run, "Old duration = %f, New duration = %f\n", dur, last);
   }
   return count;
@@ -198,31 +199,32 @@ struct RhythmProducer {
   }
 };
 
-// One event of a rhythm made by a function in p2: 0, -1 when the block is
-// full, or an error.
-int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& p, const std::vector<float>& weights,
+// One event of a rhythm made by a function in p2: kOk, kBlockFull, or an
+// error.
+int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& producer, const std::vector<float>& weights,
                  float& elapsed, unsigned& index) {
   Run& run = c.run;
   Block& b = c.block;
-  Pfield& pf = c.pfield;
+  Pfield& p = c.pfield;
   if (out_of_time(c)) {
-    warn(c, 11);
+    warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
-    return -1;
+    return kBlockFull;
   }
   const int k = prob_result(run.rng, weights.data(), static_cast<int>(weights.size()));
-  const float value = p.value(k, elapsed, index);
-  pf.LAST_VAL = value;
-  float secs = to_tempo(run, pf.CBEATS, value);
+  const float value = producer.value(k, elapsed, index);
+  p.LAST_VAL = value;
+  float secs = to_tempo(run, p.CBEATS, value);
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
-  if (!InsertBegTime(secs, b.note_list, b.STIME, pf.CBEATS, b.MAX_PFIELDS, pf.IS_FUSED)) return 32;
-  pf.WROTE_DATA = 1;
-  pf.CBEATS = pf.CBEATS + value;
-  if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
+  if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
+    return kErrOutOfMemory;
+  p.WROTE_DATA = 1;
+  p.CBEATS = p.CBEATS + value;
+  if (p.IN_LOOP && !StoreInQ(value, d.queue, p.IS_FUSED)) return kErrOutOfMemory;
   elapsed = elapsed + std::fabs(secs);
   ++index;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int read_args(Ctx& c, int type, DdfArgs& a) {
@@ -238,25 +240,25 @@ int read_args(Ctx& c, int type, DdfArgs& a) {
 }
 
 int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<float>& weights) {
-  RhythmProducer p{c, a, type, {}};
-  init_did(p.choice, a.size);
+  RhythmProducer producer{c, a, type, {}};
+  init_did(producer.choice, a.size);
   float elapsed = 0.0f;
   unsigned index = 0;
   if (a.dur >= 0.0f) {
     while (elapsed < a.dur) {
-      int r = insert_DDFp2(c, d, p, weights, elapsed, index);
-      if (r == -1) return 0;
+      int r = insert_DDFp2(c, d, producer, weights, elapsed, index);
+      if (r == kBlockFull) return kOk;
       if (r) return r;
     }
-    return 0;
+    return kOk;
   }
   float base, last;
-  p.span = events_covered(c, d, a.dur, base, last);
-  for (unsigned i = 0; i < p.span; ++i) {
-    int r = insert_DDFp2(c, d, p, weights, elapsed, index);
+  producer.span = events_covered(c, d, a.dur, base, last);
+  for (unsigned i = 0; i < producer.span; ++i) {
+    int r = insert_DDFp2(c, d, producer, weights, elapsed, index);
     if (r > 0) return r;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -264,36 +266,36 @@ int rhythm_in_p2(Ctx& c, DataList& d, DdfArgs& a, int type, const std::vector<fl
 int do_DDF(Ctx& c, int type, DataList& d) {
   Run& run = c.run;
   Block& b = c.block;
-  Pfield& pf = c.pfield;
+  Pfield& p = c.pfield;
   DdfArgs a;
   int r = read_args(c, type, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
-  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return 42;
-  if (pf.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
+  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
+  if (p.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
 
-  Producer p{c, d, a, type, {}};
-  init_did(p.choice, a.size);
-  p.count = events_covered(c, d, a.dur, p.base, p.last);
+  Producer producer{c, d, a, type, {}};
+  init_did(producer.choice, a.size);
+  producer.count = events_covered(c, d, a.dur, producer.base, producer.last);
   unsigned index = 0;
-  for (; index < p.count && static_cast<unsigned>(b.EVENT_NO) < b.EVENTS; ++index) {
+  for (; index < producer.count && static_cast<unsigned>(b.EVENT_NO) < b.EVENTS; ++index) {
     const int k = prob_result(run.rng, weights.data(), a.n());
     float value;
-    if ((r = p.value(k, index, value))) return r;
-    if (pf.IN_TYPE == CMD_IN) value = RoundF(value);
-    pf.LAST_VAL = value;
-    if (pf.P_NO == 3)
+    if ((r = producer.value(k, index, value))) return r;
+    if (p.IN_TYPE == CMD_IN) value = RoundF(value);
+    p.LAST_VAL = value;
+    if (p.P_NO == 3)
       store_p3(c, d, value);
     else if ((r = store_in_event(c, d, value)))
       return r;
-    if (pf.IN_LOOP && !StoreInQ(value, d.queue, pf.IS_FUSED)) return 32;
+    if (p.IN_LOOP && !StoreInQ(value, d.queue, p.IS_FUSED)) return kErrOutOfMemory;
     ++b.EVENT_NO;
   }
-  if (index < p.count) {
-    warn(c, 11);
+  if (index < producer.count) {
+    warn(c, kWarnDdfTruncated);
     d.exhausted = 1;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

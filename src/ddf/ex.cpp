@@ -2,8 +2,9 @@
 
 #include <cstring>
 
-#include "base/convert.h"
+#include "base/catalog.h"
 #include "base/rounding.h"
+#include "base/x86_int.h"
 #include "ddf/readers.h"
 #include "pfield/timing.h"
 
@@ -22,16 +23,17 @@ struct ExReader {
     if (src.cur() == 'p' || src.cur() == 'P') {
       ++src.pos;
       int n;
-      if (!src.get_i(n)) return 16;
-      if (n < 2 || n > c.block.MAX_PFIELDS || n == c.pfield.P_NO || !c.block.DID_P[n]) return 57;
-      if (after_divide) warn(c, 22);
+      if (!src.get_i(n)) return kErrBadPfieldNumber;
+      if (n < 2 || n > c.block.MAX_PFIELDS || n == c.pfield.P_NO || !c.block.DID_P[n])
+        return kErrExPfield;
+      if (after_divide) warn(c, kWarnExMayDivideByZero);
       referenced = true;
       rec.insert(rec.end(), {static_cast<float>(EX_PFIELD), static_cast<float>(n)});
       return 0;
     }
     float v;
-    if (!src.get_f(v)) return 23;
-    if (after_divide && v == 0.0f) return 59;
+    if (!src.get_f(v)) return kErrValueOrSyntax;
+    if (after_divide && v == 0.0f) return kErrExDivideByZero;
     rec.insert(rec.end(), {static_cast<float>(EX_CONSTANT), v});
     return 0;
   }
@@ -42,7 +44,7 @@ struct ExReader {
     rec.push_back(0.0f);  // length, set at the end
     const size_t length_at = rec.size() - 1;
     if (src.cur() != '[') {
-      if (src.cur() != 'p' && src.cur() != 'P') return 57;
+      if (src.cur() != 'p' && src.cur() != 'P') return kErrExPfield;
       int r = operand(rec, false);
       if (r) return r;
       rec[length_at] = 2.0f;
@@ -56,13 +58,13 @@ struct ExReader {
       src.skip_blanks();
       if (src.cur() == ']') break;
       const char* symbol = std::strchr("+-*/%", src.cur());
-      if (src.cur() == '\0' || !symbol) return 55;
+      if (src.cur() == '\0' || !symbol) return kErrExOperation;
       const int op = static_cast<int>(symbol - "+-*/%");
       ++src.pos;
       src.skip_blanks();
       rec.push_back(static_cast<float>(op));
       if ((r = operand(rec, op == EX_DIV))) return r;
-      if (++ops > kMaxExOperations) return 23;
+      if (++ops > kMaxExOperations) return kErrValueOrSyntax;
     }
     ++src.pos;
     rec[length_at] = static_cast<float>(2 + 3 * ops);
@@ -80,8 +82,8 @@ float pfield_value(const Event* e, int n) {
 
 int get_EX_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  if (c.pfield.P_NO < 3) return 57;
-  if (c.pfield.P_NO == 3) warn(c, 24);
+  if (c.pfield.P_NO < 3) return kErrExPfield;
+  if (c.pfield.P_NO == 3) warn(c, kWarnExP3Codes);
   int r = get_dynfunc_dur(c, a.dur);
   if (r) return r;
   ExReader reader{c};
@@ -89,7 +91,7 @@ int get_EX_data(Ctx& c, DdfArgs& a) {
   // alternative before the next one: one skip_wc in each gap.
   for (;;) {
     float weight;
-    if (!src.get_f(weight)) return 48;
+    if (!src.get_f(weight)) return kErrExData;
     a.alt.push_back({weight});
     if ((r = src.skip_wc())) return r;
     int mode = 0;
@@ -101,12 +103,12 @@ int get_EX_data(Ctx& c, DdfArgs& a) {
     }
     a.mode.push_back(mode);
     if ((r = reader.equation(a.alt.back()))) return r;
-    if (a.n() > kMaxAlternatives) return 35;
+    if (a.n() > kMaxAlternatives) return kErrBadParameterCount;
     if ((r = src.skip_wc())) return r;
-    if (!reader.referenced) return 58;
+    if (!reader.referenced) return kErrExNoPfield;
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }
@@ -119,7 +121,7 @@ int make_EX(const Ctx& c, const DataList& d, const DdfArgs& a, int k, float& res
   if (length == 2) {
     // A lone operand is read as a p-field reference, whatever its kind.
     const int n = trunc_i32(rec[3]);
-    if (n < 2 || n > c.block.MAX_PFIELDS) return 57;
+    if (n < 2 || n > c.block.MAX_PFIELDS) return kErrExPfield;
     value = pfield_value(e, n);
   } else {
     auto operand = [&](size_t at) {
@@ -133,7 +135,7 @@ int make_EX(const Ctx& c, const DataList& d, const DdfArgs& a, int k, float& res
         case EX_SUB: value = value - v; break;
         case EX_MUL: value = value * v; break;
         case EX_DIV:
-          if (v == 0.0f) return 60;
+          if (v == 0.0f) return kErrExPfieldDivideByZero;
           value = value / v;
           break;
         default: value = mod(value, v); break;
@@ -141,7 +143,7 @@ int make_EX(const Ctx& c, const DataList& d, const DdfArgs& a, int k, float& res
     }
   }
   result = a.mode[static_cast<size_t>(k)] == 1 ? static_cast<float>(Round(value)) : value;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

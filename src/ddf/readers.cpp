@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "base/diag.h"
 #include "base/rounding.h"
@@ -18,9 +19,9 @@ int get_range(Ctx& c, float& code, float& low, float& high) {
   Source& src = c.src;
   code = 0.0f;
   if (src.cur() != '[') {
-    if (!get_input_type(c, low)) return 41;
+    if (!get_input_type(c, low)) return kErrValuesMissing;
     high = low;
-    return 0;
+    return kOk;
   }
   ++src.pos;
   int r = src.skip_wc();
@@ -29,18 +30,18 @@ int get_range(Ctx& c, float& code, float& low, float& high) {
     code = static_cast<float>(get_rrange_type(src));
     if ((r = src.skip_wc())) return r;
   }
-  if (!get_input_type(c, low)) return 39;
+  if (!get_input_type(c, low)) return kErrBracketValue;
   if ((r = src.skip_wc())) return r;
   if (src.cur() == ']') {
     high = low;
   } else {
-    if (!get_input_type(c, high)) return 39;
+    if (!get_input_type(c, high)) return kErrBracketValue;
     if ((r = src.skip_wc())) return r;
-    if (src.cur() != ']') return 37;
+    if (src.cur() != ']') return kErrTwoValuesExpected;
   }
   ++src.pos;
   if (low > high) std::swap(low, high);
-  return 0;
+  return kOk;
 }
 
 // A set: "[" one or more values "]", or a single value. Appends the values
@@ -50,23 +51,23 @@ int get_set(Ctx& c, std::vector<float>& rec, int& count) {
   float v;
   count = 0;
   if (src.cur() != '[') {
-    if (!get_input_type(c, v)) return 41;
+    if (!get_input_type(c, v)) return kErrValuesMissing;
     rec.push_back(v);
     count = 1;
-    return 0;
+    return kOk;
   }
   ++src.pos;
   for (;;) {
     int r = src.skip_wc();
     if (r) return r;
     if (src.cur() == ']') break;
-    if (!get_input_type(c, v)) return 39;
+    if (!get_input_type(c, v)) return kErrBracketValue;
     rec.push_back(v);
-    if (++count > kMaxAlternatives) return 35;
+    if (++count > kMaxAlternatives) return kErrBadParameterCount;
   }
-  if (count == 0) return 39;
+  if (count == 0) return kErrBracketValue;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 // A rhythm in p2 given a span of time may not have a zero bound.
@@ -125,7 +126,7 @@ int get_dynfunc_dur(Ctx& c, float& dur) {
   Source& src = c.src;
   int r = src.skip_wc();
   if (r) return r;
-  if (src.cur() != '(') return 36;
+  if (src.cur() != '(') return kErrCharsBeforeDdfParen;
   ++src.pos;
   if ((r = src.skip_wc())) return r;
   if (src.cur() == 'T') {
@@ -133,7 +134,8 @@ int get_dynfunc_dur(Ctx& c, float& dur) {
     float factor = 1.0f;
     if (src.cur() == '*') {
       ++src.pos;
-      if ((!is_digit(src.cur()) && src.cur() != '.') || !src.get_f(factor)) return 53;
+      if ((!is_digit(src.cur()) && src.cur() != '.') || !src.get_f(factor))
+        return kErrTimePercentage;
     }
     const Block& b = c.block;
     if (b.ETIME >= 0.0f) {
@@ -145,51 +147,51 @@ int get_dynfunc_dur(Ctx& c, float& dur) {
     }
     if (!c.run.SUPRESS) Mprintf(c.run, "\n\tLine %d: T evaluated at = %f", src.line, dur);
   } else if (!src.get_f(dur)) {
-    return 40;
+    return kErrBadBeatsOrEvents;
   }
   return src.skip_wc();
 }
 
 int get_RA_data(Ctx& c, DdfArgs& a) {
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     float code, low, high;
     int e = get_range(c, code, low, high);
     if (e) return e;
-    if (zero_bound_in_p2(c, a, low, high)) return 72;
+    if (zero_bound_in_p2(c, a, low, high)) return kErrZeroP2WithBeats;
     rec.insert(rec.end(), {code, low, high});
-    return 0;
+    return kOk;
   });
 }
 
 int get_RW_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     int e;
     if (src.cur() == '[') {
       ++src.pos;
       if ((e = src.skip_wc())) return e;
     }
     float low, high, width, start;
-    if (!get_input_type(c, low)) return 52;
+    if (!get_input_type(c, low)) return kErrRwRange;
     if ((e = src.skip_wc())) return e;
-    if (!get_input_type(c, high) || low == high) return 52;
+    if (!get_input_type(c, high) || low == high) return kErrRwRange;
     if (low > high) std::swap(low, high);
     if ((e = src.skip_wc())) return e;
     if (src.cur() == ']') {
       ++src.pos;
       if ((e = src.skip_wc())) return e;
     }
-    if (!src.get_f(width) || width < 0.0f || width > 1.0f) return 50;
+    if (!src.get_f(width) || width < 0.0f || width > 1.0f) return kErrRwWindow;
     if ((e = src.skip_wc())) return e;
-    if (!get_input_type(c, start) || start < low || start > high) return 51;
+    if (!get_input_type(c, start) || start < low || start > high) return kErrRwStart;
     rec.insert(rec.end(), {low, high, width, (start - low) / (high - low)});
-    return 0;
+    return kOk;
   });
 }
 
 int get_MO_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     float curve, value;
     int e = get_move_curve(c, a, curve, value);
     if (e) return e;
@@ -197,15 +199,16 @@ int get_MO_data(Ctx& c, DdfArgs& a) {
     if ((e = get_range(c, scode, slow, shigh))) return e;
     if ((e = src.skip_wc())) return e;
     if ((e = get_range(c, ecode, elow, ehigh))) return e;
-    if (zero_bound_in_p2(c, a, slow, shigh) || zero_bound_in_p2(c, a, elow, ehigh)) return 72;
+    if (zero_bound_in_p2(c, a, slow, shigh) || zero_bound_in_p2(c, a, elow, ehigh))
+      return kErrZeroP2WithBeats;
     rec.insert(rec.end(), {curve, value, scode, slow, shigh, ecode, elow, ehigh});
-    return 0;
+    return kOk;
   });
 }
 
 int get_SE_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     int mode, count;
     int e = get_mode_mark(src, mode);
     if (e) return e;
@@ -218,7 +221,7 @@ int get_SE_data(Ctx& c, DdfArgs& a) {
 
 int get_MS_data(Ctx& c, DdfArgs& a) {
   Source& src = c.src;
-  return read_alternatives(c, a, [&](std::vector<float>& rec) {
+  return read_alternatives(c, a, [&](std::vector<float>& rec) -> int {
     float curve, value;
     int e = get_move_curve(c, a, curve, value);
     if (e) return e;
@@ -238,12 +241,12 @@ int get_HO_data(Ctx& c, DdfArgs& a) {
   int r = get_dynfunc_dur(c, a.dur);
   if (r) return r;
   float value;
-  if (!get_input_type(c, value)) return 52;
+  if (!get_input_type(c, value)) return kErrRwRange;
   a.alt.push_back({value});
   if ((r = src.skip_wc())) return r;
-  if (src.cur() != ')') return 61;
+  if (src.cur() != ')') return kErrHoParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

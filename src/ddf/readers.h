@@ -3,6 +3,7 @@
 // 0 or an error number.
 #pragma once
 
+#include "base/catalog.h"
 #include "ddf/record.h"
 #include "pfield/state.h"
 
@@ -12,7 +13,7 @@ namespace sorvel {
 int get_dynfunc_dur(Ctx& c, float& dur);
 
 // Reads the head, then alternatives until ")": each begins with its weight
-// (error 38 when none can be read), then `body` reads the rest into the new
+// (kErrNoWeight when none can be read), then `body` reads the rest into the new
 // record. Every gap between two tokens gets one skip_wc (white space, at most
 // one comment, white space) and no more: the head's last skip stands before
 // the first weight, the skip after an alternative before the next one, so
@@ -24,15 +25,15 @@ int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
   if (r) return r;
   for (;;) {
     float weight;
-    if (!src.get_f(weight)) return 38;
+    if (!src.get_f(weight)) return kErrNoWeight;
     a.alt.push_back({weight});
     if ((r = src.skip_wc())) return r;
     if ((r = body(a.alt.back()))) return r;
-    if (a.n() > kMaxAlternatives) return 35;
+    if (a.n() > kMaxAlternatives) return kErrBadParameterCount;
     if ((r = src.skip_wc())) return r;
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }

@@ -1,7 +1,7 @@
 // sorvel: reads one input file and writes a Csound score or a MIDI file.
 #include <cstdio>
 
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 
 int main(int argc, char** argv) {
   // Messages can be many (one line per MIDI event): buffer them.

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "driver/temp_file.h"
 
@@ -57,7 +58,7 @@ int RunFiles::read_back() {
   if (run_.fin) std::fclose(run_.fin);
   run_.fin = tmp;
   run_.ftmp = nullptr;
-  return wound ? 0 : 9;
+  return wound ? kOk : kErrTempFile;
 }
 
 bool RunFiles::read_failed() const { return run_.fin && std::ferror(run_.fin); }

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "driver/new_file.h"
 
 namespace sorvel {

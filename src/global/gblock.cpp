@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "global/settings.h"
 #include "global/tempo.h"
@@ -26,11 +27,11 @@ int scan_chars(Source& src, LineEnd& end) {
     const int c = src.cur();
     if (c == '\0') {
       end = LineEnd::kNextLine;
-      return 0;
+      return kOk;
     }
     if (c == 'i') {
       end = LineEnd::kBlockEnd;
-      return 0;
+      return kOk;
     }
     if (is_space(c)) {
       ++src.pos;
@@ -38,10 +39,10 @@ int scan_chars(Source& src, LineEnd& end) {
     }
     int kind = 0;
     if (src.is_comment(kind)) {
-      if (int r = src.skip_comment(kind)) return r == -1 ? 3 : r;
+      if (int r = src.skip_comment(kind)) return r == kEndOfInput ? kErrCommentsMismatched : r;
       continue;
     }
-    return 22;
+    return kErrBadGblockCommand;
   }
 }
 
@@ -55,7 +56,7 @@ int parse_gblock(Source& src, FILE* output) {
       src.skip_blanks();
       if (is_gcommand(src.buffer, src.pos) && !src.at_line_end()) {
         int code = -1;
-        if (!get_command(code, src.buffer, src.pos)) return 22;
+        if (!get_command(code, src.buffer, src.pos)) return kErrBadGblockCommand;
         r = do_gcommand(code, src, output);
         if (r > 0) return r;
         continue;
@@ -65,7 +66,7 @@ int parse_gblock(Source& src, FILE* output) {
       if (r) return r;
       if (end == LineEnd::kBlockEnd) {
         if (src.run.SHOW_TEMPOS) print_tempos(src.run);
-        return 0;
+        return kOk;
       }
       break;
     }
@@ -77,11 +78,11 @@ int do_gcommand(int code, Source& src, FILE* output) {
     case CMD_TE: return get_tempo_change(src);
     case CMD_RD: return set_rand_dev(src);
     case CMD_RS: return set_rand_seed(src);
-    case CMD_DIRECT: do_direct_out(src, output); return 0;
+    case CMD_DIRECT: do_direct_out(src, output); return kOk;
     case CMD_MACRO: return parse_macro(src);
     case CMD_CONST: return parse_var(src);
     case CMD_SR: return set_samp_rate(src);
-    default: return 47;
+    default: return kErrBadGblockData;
   }
 }
 

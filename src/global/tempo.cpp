@@ -2,9 +2,9 @@
 // conversion of beats to seconds.
 #include "global/tempo.h"
 
-#include "base/convert.h"
 #include "base/curves.h"
 #include "base/diag.h"
+#include "base/x86_int.h"
 
 namespace sorvel {
 

@@ -1,7 +1,7 @@
 // The tempo map: tempo changes in beats and the conversion of beats to seconds.
 #pragma once
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 
 namespace sorvel {

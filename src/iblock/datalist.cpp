@@ -1,5 +1,6 @@
 #include "iblock/datalist.h"
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "base/diag.h"
 #include "iblock/comment.h"
@@ -25,13 +26,13 @@ int skip_rest(Ctx& c) {
   Source& src = c.src;
   for (;;) {
     if (src.at_line_end()) {
-      if (src.at_eof()) return 5;
+      if (src.at_eof()) return kErrEofBeforeBrace;
       int r = src.get_buff();
-      if (r == -1) return 5;
+      if (r == kEndOfInput) return kErrEofBeforeBrace;
       if (r) return r;
       continue;
     }
-    if (is_pfield(src.buffer, src.pos) || src.cur() == '}') return 0;
+    if (is_pfield(src.buffer, src.pos) || src.cur() == '}') return kOk;
     bool skipped;
     if (int r = skip_block_comment(src, skipped)) return r;
     if (skipped) continue;
@@ -41,14 +42,14 @@ int skip_rest(Ctx& c) {
 
 int set_input_type(Ctx& c, int code, const CommandExtras& extras) {
   Pfield& p = c.pfield;
-  if (p.P_NO == 2 && code != CMD_RE && code != CMD_IN && code != CMD_RH) return 21;
-  if (p.P_NO == 3 && code != CMD_RE && code != CMD_IN) return 26;
+  if (p.P_NO == 2 && code != CMD_RE && code != CMD_IN && code != CMD_RH) return kErrBadP2Input;
+  if (p.P_NO == 3 && code != CMD_RE && code != CMD_IN) return kErrBadP3Input;
   p.IN_TYPE = code;
   c.block.INS[static_cast<size_t>(p.P_NO - 2)] |= 1u << code;
   if (extras.nx != -1) p.NX = extras.nx;
   if (code == CMD_RE && extras.digits >= 0)
     c.block.RE_FW[static_cast<size_t>(p.P_NO - 2)] = extras.digits;
-  return 0;
+  return kOk;
 }
 
 // "<" opens a loop when none is open and no fuse mark is pending; ">" closes one.
@@ -66,7 +67,7 @@ int set_loop(Pfield& p, int ch) {
 // One repetition for "x" or "/", unless the block is full.
 int repeat_once(Ctx& c, DataList& d) {
   if (out_of_time(c)) {
-    warn(c, 12);
+    warn(c, kWarnRepeatTruncated);
     d.exhausted = 1;
     return 0;
   }
@@ -85,15 +86,15 @@ int do_separators(Ctx& c, ListScan& s) {
   Source& src = c.src;
   Pfield& p = c.pfield;
   src.skip_blanks();
-  if (s.no_value_yet) return 73;
+  if (s.no_value_yet) return kErrBadIblockCommand;
   switch (src.cur()) {
     case '\'':
     case ':':
-      if (p.IS_FUSED) return 49;
+      if (p.IS_FUSED) return kErrMultipleColons;
       ++p.IS_FUSED;
       if (p.P_NO >= 3) ++c.block.EVENTS;  // the fused value adds a chord member
       ++src.pos;
-      return 0;
+      return kOk;
     case '/':
       // A single "/" only separates; each further one repeats the last value.
       ++src.pos;
@@ -104,19 +105,19 @@ int do_separators(Ctx& c, ListScan& s) {
         ++src.pos;
         src.skip_blanks();
       }
-      return 0;
+      return kOk;
     case 'x': {
       ++src.pos;
-      if (!is_digit(src.cur())) return 24;
+      if (!is_digit(src.cur())) return kErrXNeedsDigit;
       unsigned count = 0;
       src.get_uli(count);
       return do_x(c, s.d, count);
     }
     case ',':
       ++src.pos;
-      return 0;
+      return kOk;
     default:
-      return 0;
+      return kOk;
   }
 }
 
@@ -124,25 +125,25 @@ int do_data(Ctx& c, ListScan& s) {
   Block& b = c.block;
   Pfield& p = c.pfield;
   if (out_of_time(c)) {
-    warn(c, 10);
+    warn(c, kWarnEventsNotAdded);
     s.d.exhausted = 1;
-    return 0;
+    return kOk;
   }
   float value;
-  if (!get_input_type(c, value)) return 23;
+  if (!get_input_type(c, value)) return kErrValueOrSyntax;
   p.LAST_VAL = value;
   s.no_value_yet = false;
-  if (p.IN_LOOP && !StoreInQ(value, s.d.queue, p.IS_FUSED)) return 45;
+  if (p.IN_LOOP && !StoreInQ(value, s.d.queue, p.IS_FUSED)) return kErrMisplacedLoop;
   int r = store_value(c, s.d, value);
   if (r) return r;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int parse_pdata(Ctx& c, ListScan& s) {
   const int ch = c.src.cur();
   if (is_separator(ch) || ch == 'x') return do_separators(c, s);
-  if (!in_limits(c, ch)) return 27;
+  if (!in_limits(c, ch)) return kErrDataOutOfBounds;
   return do_data(c, s);
 }
 
@@ -159,14 +160,14 @@ int do_pfield(Ctx& c, DataList& d) {
   for (;;) {
     int r = src.skip_lines();
     if (r > 0) return r;
-    if (r == -1 || src.at_line_end()) return 5;
+    if (r == kEndOfInput || src.at_line_end()) return kErrEofBeforeBrace;
     if (d.exhausted && (r = skip_rest(c))) return r;
     if (is_pfield(src.buffer, src.pos) || src.cur() == '}') break;
 
     if (is_command(src.buffer, src.pos)) {
       int code;
       CommandExtras extras;
-      if (!get_command(code, src.buffer, src.pos, &extras)) return 20;
+      if (!get_command(code, src.buffer, src.pos, &extras)) return kErrInvalidCommand;
       r = is_input_code(code) ? set_input_type(c, code, extras) : do_commands(c, code, d);
       if (r) return r;
       continue;
@@ -175,7 +176,7 @@ int do_pfield(Ctx& c, DataList& d) {
     if ((r = skip_block_comment(src, skipped))) return r;
     if (skipped) continue;
     if (src.cur() == '<' || src.cur() == '>') {
-      if (!set_loop(p, src.cur())) return 43;
+      if (!set_loop(p, src.cur())) return kErrBadLoop;
       ++src.pos;
       continue;
     }
@@ -184,14 +185,14 @@ int do_pfield(Ctx& c, DataList& d) {
 
   if (!p.WROTE_DATA) {
     Mprintf(c.run, "\nERROR: P%d is blank ... OY!\n\n", p.P_NO);
-    return 999;
+    return kErrAlreadyPrinted;
   }
   int r = fill_to_end(c, d);
   if (r) return r;
   if (p.P_NO >= 3 && b.ETIME < 0.0f && b.EVENTS != entry_events)
     Mprintf(c.run, "\n\tP%d: Fused data changed \"events\" from %d to %d", p.P_NO, entry_events,
             b.EVENTS);
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

@@ -1,5 +1,6 @@
 #include "iblock/header.h"
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "base/diag.h"
 #include "global/tempo.h"
@@ -31,23 +32,24 @@ int get_amount(Ctx& c) {
   if (src.cur() == '-') {
     ++src.pos;
     unsigned n;
-    if (!src.get_uli(n)) return 14;
+    if (!src.get_uli(n)) return kErrBadEvents;
     b.EVENTS = n;
     b.ETIME = -static_cast<float>(n);
-    return 0;
+    return kOk;
   }
   const int ch = src.cur();
-  if (!is_digit(ch) && ch != '+' && ch != '.') return ch == '{' ? 120 : 121;
+  if (!is_digit(ch) && ch != '+' && ch != '.')
+    return ch == '{' ? kErrNoBlockDuration : kErrBlockDuration;
   float beats;
-  if (!src.get_f(beats) || beats < 0.0f) return 13;
+  if (!src.get_f(beats) || beats < 0.0f) return kErrBadBeats;
   if (beats > 10000.0f) {
     Mprintf(c.run, "\n\nERROR: Line %d: Maximum number of beats = %f\n", src.line, 10000.0);
-    return 1000;
+    return kErrCaretOnly;
   }
-  if (beats > 600.0f) warn(c, 21);
+  if (beats > 600.0f) warn(c, kWarnLongDuration);
   b.BEATS = beats;
   b.ETIME = beats;
-  return 0;
+  return kOk;
 }
 
 int do_p1(Ctx& c) {
@@ -56,23 +58,23 @@ int do_p1(Ctx& c) {
   ++src.pos;  // the "i"
   int r = src.skip_lines();
   if (r > 0) return r;
-  if (!is_digit(src.cur()) && src.cur() != '-') return 11;
+  if (!is_digit(src.cur()) && src.cur() != '-') return kErrBadINumber;
   int ino;
-  if (!src.get_i(ino)) return 11;
+  if (!src.get_i(ino)) return kErrBadINumber;
   b.I_NO = ino;
-  if (ino < 0) return -1;
+  if (ino < 0) return kSkipBlock;
 
   if ((r = src.skip_lines()) > 0) return r;
-  if (src.cur() != '=') return 34;
+  if (src.cur() != '=') return kErrINumberNeedsEquals;
   ++src.pos;
   if ((r = src.skip_lines()) > 0) return r;
   int n;
-  if (!src.get_i(n)) return 35;
+  if (!src.get_i(n)) return kErrBadParameterCount;
   if (n < 3 || n > kMaxPfields) {
     Mprintf(c.run, "\n\nERROR: Bad number of p-fields (3 - %d)\n", kMaxPfields);
-    return 1000;
+    return kErrCaretOnly;
   }
-  if (n > 50) warn(c, 19);
+  if (n > 50) warn(c, kWarnManyPfields);
   b.MAX_PFIELDS = n;
   b.OUTS.assign(static_cast<size_t>(n - 1), CMD_RE);
   b.RE_FW.assign(static_cast<size_t>(n - 1), c.run.RE_FW_DEFAULT);
@@ -81,17 +83,17 @@ int do_p1(Ctx& c) {
 
   if ((r = skip_gap(src))) return r;
   float start;
-  if (!src.get_f(start) || start < 0.0f) return 12;
-  if (start > 240.0f) warn(c, 20);
+  if (!src.get_f(start) || start < 0.0f) return kErrBadStartTime;
+  if (start > 240.0f) warn(c, kWarnLateStart);
   b.SBEAT = start;
   b.STIME = start;
 
   if ((r = skip_gap(src))) return r;
   if ((r = get_amount(c))) return r;
   if ((r = skip_gap(src))) return r;
-  if (src.cur() != '{') return 30;
+  if (src.cur() != '{') return kErrMissingBlockStart;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 void reset_pfield(Ctx& c) {
@@ -130,15 +132,15 @@ int do_pN(Ctx& c, DataList& d) {
     src.skip_blanks();
     CommandExtras extras;
     if (!is_out_type(src.buffer, src.pos) || !get_command(code, src.buffer, src.pos, &extras))
-      return 17;
+      return kErrBadOutputSpec;
     if (extras.nx != -1) p.NX = extras.nx;
-    if (p.P_NO <= 3 && code != CMD_RE) return 18;
+    if (p.P_NO <= 3 && code != CMD_RE) return kErrP2P3Floats;
     if (extras.digits >= 0) {
       if (code == CMD_RE) b.RE_FW[k] = extras.digits;
       if (code == CMD_BN) b.FFT_SZ[k] = extras.digits;
     }
     src.skip_blanks();
-    if (src.cur() != ')') return 19;
+    if (src.cur() != ')') return kErrMissingParen;
     ++src.pos;
   }
   b.OUTS[k] = code;

@@ -5,7 +5,7 @@
 
 namespace sorvel {
 
-// Reads the header from its "i" to its "{". Returns 0, -1 when the
+// Reads the header from its "i" to its "{". Returns kOk, kSkipBlock when the
 // instrument number is negative (the block is to be skipped), or an error.
 int do_p1(Ctx& c);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/catalog.h"
 #include "global/settings.h"
 #include "iblock/comment.h"
 #include "iblock/header.h"
@@ -17,14 +18,14 @@ int skip_block(Source& src) {
   for (;;) {
     if (src.at_line_end()) {
       int r = src.get_buff();
-      if (r == -1) return 0;
+      if (r == kEndOfInput) return kOk;
       if (r) return r;
       continue;
     }
     bool skipped;
     if (int r = skip_block_comment(src, skipped)) return r;
     if (skipped) continue;
-    if (src.get_c() == '}') return 0;
+    if (src.get_c() == '}') return kOk;
   }
 }
 
@@ -33,13 +34,13 @@ int read_pfield(Ctx& c) {
   Source& src = c.src;
   Block& b = c.block;
   Pfield& p = c.pfield;
-  if (p.IN_LOOP) warn(c, 15);
+  if (p.IN_LOOP) warn(c, kWarnLoopTerminated);
   ++src.pos;  // the "p"
   int k;
-  if (!src.get_i(k) || k < 2) return 16;
-  if (k > b.MAX_PFIELDS) return 44;
-  if (k != 2 && !b.DID_P[2]) return 15;
-  if (b.DID_P[k]) return 70;
+  if (!src.get_i(k) || k < 2) return kErrBadPfieldNumber;
+  if (k > b.MAX_PFIELDS) return kErrPfieldOutOfBounds;
+  if (k != 2 && !b.DID_P[2]) return kErrP2First;
+  if (b.DID_P[k]) return kErrDuplicatePfield;
   p.P_NO = k;
   reset_pfield(c);
   DataList d;
@@ -47,16 +48,16 @@ int read_pfield(Ctx& c) {
   if (r) return r;
   b.DID_P[k] = 1;
   if (k == 2) b.EVENTS = static_cast<unsigned>(b.EVENT_NO);
-  return 0;
+  return kOk;
 }
 
 // "}": every p-field from 2 to N must have been read.
 int end_block(Ctx& c) {
   Block& b = c.block;
   for (int k = 2; k <= b.MAX_PFIELDS; ++k)
-    if (!b.DID_P[k]) return 71;
+    if (!b.DID_P[k]) return kErrSkippedPfields;
   ++c.src.pos;
-  return 0;
+  return kOk;
 }
 
 }  // namespace
@@ -76,10 +77,10 @@ int parse_iblock(Ctx& c) {
     int r;
     if (ch == 'i' && !header_read) {
       r = do_p1(c);
-      if (r == -1) {
+      if (r == kSkipBlock) {
         if ((r = skip_block(src))) return r;
-        warn(c, 2);
-        return -1;
+        warn(c, kWarnBlockSkipped);
+        return kSkipBlock;
       }
       if (r) return r;
       header_read = true;
@@ -91,16 +92,16 @@ int parse_iblock(Ctx& c) {
       if (r) return r;
     } else if (is_command(src.buffer, src.pos)) {
       int code;
-      if (!get_command(code, src.buffer, src.pos)) return 20;
+      if (!get_command(code, src.buffer, src.pos)) return kErrInvalidCommand;
       if (code == CMD_RD)
         r = set_rand_dev(src);
       else if (code == CMD_RS)
         r = set_rand_seed(src);
       else
-        r = 23;
+        r = kErrValueOrSyntax;
       if (r) return r;
     } else {
-      return 73;
+      return kErrBadIblockCommand;
     }
   }
 }

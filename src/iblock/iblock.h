@@ -5,8 +5,9 @@
 
 namespace sorvel {
 
-// Reads one i-block from its "i" to its "}". Returns 0, -1 when the block was
-// skipped (or the input ended), or a positive error number.
+// Reads one i-block from its "i" to its "}". Returns kOk, kSkipBlock when
+// the block was skipped (kEndOfInput, the same -1, when the input ended), or
+// a positive error number.
 int parse_iblock(Ctx& c);
 
 }  // namespace sorvel

@@ -2,6 +2,7 @@
 // lines up to the matching "#endif"; sections nest.
 #include "input/conditionals.h"
 
+#include "base/catalog.h"
 #include "input/comments.h"
 #include "input/constants.h"
 #include "input/macros.h"
@@ -29,7 +30,7 @@ int is_if(const char* buffer, int pos) { return text_at(buffer, pos, "if(") ? 1 
 int is_endif(const char* buffer, int pos) { return text_at(buffer, pos, "endif") ? 1 : 0; }
 
 int get_if(Source& src, float& value) {
-  if (!is_if(src.buffer, src.pos)) return 114;
+  if (!is_if(src.buffer, src.pos)) return kErrIfStatement;
   src.pos += 3;
   src.skip_blanks();
   // The condition may be a macro or a constant whose text is a number.
@@ -43,11 +44,11 @@ int get_if(Source& src, float& value) {
     int r = expand_variables(src);
     if (r > 0) return r;
   }
-  if (!is_digit(src.cur()) || !src.get_f(value)) return 115;
+  if (!is_digit(src.cur()) || !src.get_f(value)) return kErrIfValue;
   src.skip_blanks();
-  if (src.cur() != ')') return 116;
+  if (src.cur() != ')') return kErrIfParen;
   ++src.pos;
-  return 0;
+  return kOk;
 }
 
 int do_if(Source& src) {
@@ -57,14 +58,14 @@ int do_if(Source& src) {
   get_if(src, run.if_value);
   run.start_level = run.IF_MATCH;
   ++run.IF_MATCH;
-  if (run.if_value != 0.0f) return 0;
+  if (run.if_value != 0.0f) return kOk;
 
   run.IN_IF0 = 1;
   CommentState comment;  // "#if" and "#endif" in a comment do not count
   for (;;) {
     int c = src.cur();
     if (c == '\0') {
-      if (src.at_eof()) return 117;
+      if (src.at_eof()) return kErrIfEof;
       int r = src.get_buff();
       if (r > 0) return r;
       comment.line = false;
@@ -84,7 +85,7 @@ int do_if(Source& src) {
       if (r > 0) return r;
       if (run.IF_MATCH == run.start_level) {
         run.IN_IF0 = 0;
-        return 0;
+        return kOk;
       }
     } else {
       ++src.pos;
@@ -95,11 +96,11 @@ int do_if(Source& src) {
 int do_if_interface(Source& src) { return do_if(src); }
 
 int do_endif(Source& src) {
-  if (!is_endif(src.buffer, src.pos)) return 113;
+  if (!is_endif(src.buffer, src.pos)) return kErrEndifStatement;
   src.pos += 5;
-  if (src.run.IF_MATCH < 1) return 118;
+  if (src.run.IF_MATCH < 1) return kErrEndifMismatched;
   --src.run.IF_MATCH;
-  return 0;
+  return kOk;
 }
 
 int ifdef_match(const Run& run) { return run.IF_MATCH == 0 ? 1 : 0; }

@@ -1,6 +1,7 @@
 // Constant statements of a g-block: "#const NAME value".
 #include <utility>
 
+#include "base/catalog.h"
 #include "input/constants.h"
 #include "input/names.h"
 #include "input/preproc.h"
@@ -24,17 +25,17 @@ int get_var(Source& src) {
 int get_vdefine(Source& src) { return loose_keyword(src, "const", 5); }
 
 int get_vdata(Source& src, Constant& constant) {
-  int r = read_defined_name(src, constant.name, 109, "constant", kConstNameMax);
+  int r = read_defined_name(src, constant.name, kErrConstNameStart, "constant", kConstNameMax);
   if (r) return r;
   src.skip_blanks();
-  if (src.cur() == '$') return 103;
-  if (!src.get_df(constant.value)) return 500;
-  return 0;
+  if (src.cur() == '$') return kErrMacroInConst;
+  if (!src.get_df(constant.value)) return kErrDigitExpected;
+  return kOk;
 }
 
 int store_var(Constant&& constant, std::unordered_map<std::string, Constant>& list) {
   std::string name = constant.name;
-  return list.try_emplace(std::move(name), std::move(constant)).second ? 0 : 100;
+  return list.try_emplace(std::move(name), std::move(constant)).second ? kOk : kErrConstDefined;
 }
 
 const Constant* find_var(const std::unordered_map<std::string, Constant>& list,

@@ -1,6 +1,7 @@
 // Constant equations: "~[A * 2 + 1]", worked out strictly from left to right.
 #include <vector>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "base/rounding.h"
 #include "input/constants.h"
@@ -41,7 +42,7 @@ int parse_vequation(Source& src, double& value) {
       ++src.pos;
       break;
     }
-    if (c == '\0') return 105;
+    if (c == '\0') return kErrConstMultiline;
     if (is_alpha(c)) {
       const Constant* found = nullptr;
       int r = find_vname(src, found);
@@ -54,11 +55,11 @@ int parse_vequation(Source& src, double& value) {
       ++src.pos;
     } else if (is_digit(c) || c == '.' || ((c == '+' || c == '-') && op_last)) {
       double v;
-      if (!src.get_df(v)) return 500;
+      if (!src.get_df(v)) return kErrDigitExpected;
       terms.push_back(v);
     } else if (c == '@') {
       int d = char_at(src, src.pos + 1);
-      if (d != '1' && d != '2') return 106;
+      if (d != '1' && d != '2') return kErrBadAtDigit;
       terms.push_back(d == '1' ? run.LAST_IB_DUR : run.CUM_TIME);
       src.pos += 2;
     } else if (is_operator(c)) {
@@ -67,19 +68,19 @@ int parse_vequation(Source& src, double& value) {
       ++src.pos;
       continue;
     } else {
-      return 107;
+      return kErrConstBadChar;
     }
     op_last = false;
   }
   if (terms.size() == 1 && ops.empty()) {
     value = terms[0];
-    return 0;
+    return kOk;
   }
-  if (terms.size() < 2 || ops.size() != terms.size() - 1) return 108;
+  if (terms.size() < 2 || ops.size() != terms.size() - 1) return kErrConstTerms;
   double result = terms[0];
   for (size_t k = 0; k < ops.size(); ++k) result = apply(ops[k], result, terms[k + 1]);
   value = result;
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

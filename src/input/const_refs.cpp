@@ -2,6 +2,7 @@
 #include <cstring>
 #include <string>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "input/constants.h"
 #include "input/names.h"
@@ -33,7 +34,7 @@ int expand_variables(Source& src) {
         return vexpand_in_buff(src, "@4 (Cumulative Time [BEATS])",
                                static_cast<double>(beats_per_sec) * run.CUM_TIME, tilde);
       default:
-        return 106;  // the position stays on the "@"
+        return kErrBadAtDigit;  // the position stays on the "@"
     }
   }
   const Constant* found = nullptr;
@@ -52,14 +53,14 @@ int vexpand_in_buff(Source& src, const char* label, double value, int tilde) {
   int end = skip_vname_or_eq(src, tilde);
   size_t rest = std::strlen(src.buffer + end);
   if (static_cast<size_t>(tilde) + number.size() + rest > static_cast<size_t>(kMaxLineText))
-    return 89;
+    return kErrMacroTooLong;
   std::string text(src.buffer, static_cast<size_t>(tilde));
   text += number;
   text.append(src.buffer + end, rest);
   std::memset(src.buffer, 0, sizeof src.buffer);
   std::memcpy(src.buffer, text.data(), text.size());
   src.pos = tilde;
-  return 0;
+  return kOk;
 }
 
 int skip_vname_or_eq(const Source& src, int i) {

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 
 namespace sorvel {
@@ -21,12 +21,12 @@ int get_var(Source& src);
 int get_vdefine(Source& src);
 // The name and the value.
 int get_vdata(Source& src, Constant& constant);
-// Adds the constant to the list: 0, or 100 when the name is taken.
+// Adds the constant to the list: kOk, or kErrConstDefined when the name is taken.
 int store_var(Constant&& constant, std::unordered_map<std::string, Constant>& list);
 // The newest constant of that name, or null.
 const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
                          const std::string& name);
-// Reads the name at the position and finds it: 1, or 1000 with the message
+// Reads the name at the position and finds it: 1, or kErrCaretOnly with the message
 // printed when there is no such constant.
 int find_vname(Source& src, const Constant*& found);
 
@@ -37,7 +37,7 @@ int find_vname(Source& src, const Constant*& found);
 // where the reading stopped (after a name that was read, on the "@" of a
 // "~@" that no 1 to 4 follows).
 int expand_variables(Source& src);
-// Replaces the reference whose "~" is at index `tilde` by the value: 0, or 89
+// Replaces the reference whose "~" is at index `tilde` by the value: kOk, or kErrMacroTooLong
 // when the line would grow too long.
 int vexpand_in_buff(Source& src, const char* label, double value, int tilde);
 // The index just past the reference whose "~" is at `i`: a name, "@" alone,

@@ -1,5 +1,6 @@
 #include "input/curve_type.h"
 
+#include "base/catalog.h"
 #include "base/chars.h"
 
 namespace sorvel {
@@ -15,17 +16,17 @@ int get_curve_type(Source& src, float& code, float& value, bool allow_beats) {
     case 'v':
       code = 3.0f;
       ++src.pos;
-      if (!src.get_f(value) || !(value > 0.0f)) return 63;
+      if (!src.get_f(value) || !(value > 0.0f)) return kErrBadCurveType;
       break;
     default: code = 0.0f; break;
   }
   src.skip_blanks();
   if (src.cur() == '*') {
-    if (!allow_beats) return 64;
+    if (!allow_beats) return kErrBeatMoveNotAllowed;
     ++src.pos;
     code = code + 100.0f;
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

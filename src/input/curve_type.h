@@ -6,8 +6,9 @@
 namespace sorvel {
 
 // Reads a curve letter (c e f l s, or v and a number) at the position into
-// `code` and `value`; a "*" after it adds 100 when `allow_beats`. Returns 0,
-// 63 for a bad "v" value, or 64 for a "*" that is not allowed.
+// `code` and `value`; a "*" after it adds 100 when `allow_beats`. Returns kOk,
+// kErrBadCurveType for a bad "v" value, or kErrBeatMoveNotAllowed for a "*"
+// that is not allowed.
 int get_curve_type(Source& src, float& code, float& value, bool allow_beats);
 
 }  // namespace sorvel

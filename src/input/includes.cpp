@@ -1,5 +1,6 @@
 #include "input/includes.h"
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "base/diag.h"
 #include "input/comments.h"
@@ -39,12 +40,12 @@ int read_include_name(Run& run, FILE* source, char (&name)[kNameMax + 1]) {
     if (++read > kNameMax) {
       Mprintf(run, "\nERROR: Include filename has exceeded maximum");
       Mprintf(run, "\nlength of %d characters.\n\n", kNameMax);
-      return 999;
+      return kErrAlreadyPrinted;
     }
     if (c != '\n') name[len++] = static_cast<char>(c);
   }
   name[len] = '\0';
-  return 0;
+  return kOk;
 }
 
 // Splices the file named by the directive just read into tmp.
@@ -56,14 +57,14 @@ int include_file(Run& run, FILE* source, FILE* tmp, int& counter) {
   FILE* f = run.includes ? run.includes->open_include(name) : std::fopen(name, "r");
   if (!f) {
     Mprintf(run, "\nBad include file name: \"%s\"\n\n", name);
-    return 999;
+    return kErrAlreadyPrinted;
   }
   Mprintf(run, "\n\tOpening include file \"%s\"...", name);
   r = parse_includes(run, f, tmp, counter);
   std::fclose(f);
   if (r > 0) return r;
   if (mark >= 0) std::fseek(source, mark, SEEK_SET);
-  return 0;
+  return kOk;
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "base/run.h"
+#include "base/run_state.h"
 
 namespace sorvel {
 

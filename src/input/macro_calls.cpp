@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "input/macros.h"
 #include "input/names.h"
@@ -38,7 +39,7 @@ std::string read_name(const std::string& text, size_t& i) {
 int read_call_args(const Macro& macro, const std::string& text, size_t& i,
                    std::vector<Macro>& args) {
   while (is_space(char_in(text, i))) ++i;
-  if (char_in(text, i) != '(') return 85;
+  if (char_in(text, i) != '(') return kErrMacroCallParen;
   ++i;
   std::vector<std::string> bodies;
   for (int k = 0; k < macro.nargs; ++k) {
@@ -46,8 +47,8 @@ int read_call_args(const Macro& macro, const std::string& text, size_t& i,
     std::string body;
     for (;;) {
       int c = char_in(text, i);
-      if (c == 0) return 86;
-      if (last && c == '\'') return 82;
+      if (c == 0) return kErrMacroSyntax;
+      if (last && c == '\'') return kErrStrayQuote;
       ++i;
       if (!last && (c == '\'' || c == '#')) break;
       if (last && c == ')') break;
@@ -62,7 +63,7 @@ int read_call_args(const Macro& macro, const std::string& text, size_t& i,
     int r = store_macro(std::move(arg), args);
     if (r) return r;
   }
-  return 0;
+  return kOk;
 }
 
 // Expands the call whose "$" is at text[pos - 1]. `args` are the arguments of
@@ -70,7 +71,7 @@ int read_call_args(const Macro& macro, const std::string& text, size_t& i,
 // expansions this one is nested in.
 int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size_t& pos,
            int depth) {
-  if (depth > kMaxMacroDepth || ++x.src.expansions > kMaxExpansions) return 89;
+  if (depth > kMaxMacroDepth || ++x.src.expansions > kMaxExpansions) return kErrMacroTooLong;
   size_t dollar = pos - 1;
   std::string name = read_name(text, pos);
   const Macro* found = args ? find_macro(*args, name) : nullptr;
@@ -99,12 +100,12 @@ int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size
   // Splice: the text before the call, the body, the text after the call.
   size_t end = skip_name(text, dollar);
   size_t length = dollar + body.size() + (text.size() - end);
-  if (length > static_cast<size_t>(kMaxLineText)) return 89;
+  if (length > static_cast<size_t>(kMaxLineText)) return kErrMacroTooLong;
   if (!x.run.SUPRESS)
     Mprintf(x.run, "\n\tExpanding macro \"%s\" into line %d...", name.c_str(), x.src.line);
   text.replace(dollar, end - dollar, body);
   pos = dollar;
-  return 0;
+  return kOk;
 }
 
 }  // namespace

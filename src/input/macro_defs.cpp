@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/catalog.h"
 #include "input/comments.h"
 #include "input/conditionals.h"
 #include "input/macros.h"
@@ -46,7 +47,7 @@ int get_macro(Source& src, Macro& macro) {
 int get_define(Source& src) { return loose_keyword(src, "define", 6); }
 
 int get_name(Source& src, std::string& name) {
-  return read_defined_name(src, name, 88, "macro", kMacroNameMax);
+  return read_defined_name(src, name, kErrMacroNameStart, "macro", kMacroNameMax);
 }
 
 int get_args(Source& src, Macro& macro) {
@@ -55,7 +56,7 @@ int get_args(Source& src, Macro& macro) {
     std::string name;
     int r = get_name(src, name);
     if (r) return r;
-    if (macro.nargs == kMaxMacroArgs) return 86;
+    if (macro.nargs == kMaxMacroArgs) return kErrMacroSyntax;
     macro.args.push_back(std::move(name));
     ++macro.nargs;
     r = src.skip_wc();
@@ -65,7 +66,7 @@ int get_args(Source& src, Macro& macro) {
     src.skip_blanks();
     if (src.cur() == ')') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
   }
 }
@@ -81,7 +82,7 @@ int body_too_long(Source& src) { return too_long(src, "macro body", kMacroBodyMa
 int copy_to_body(Source& src, std::string& body) {
   body += static_cast<char>(src.cur());
   ++src.pos;
-  return body.size() < static_cast<size_t>(kMacroBodyMax) ? 0 : body_too_long(src);
+  return body.size() < static_cast<size_t>(kMacroBodyMax) ? kOk : body_too_long(src);
 }
 
 }  // namespace
@@ -89,7 +90,7 @@ int copy_to_body(Source& src, std::string& body) {
 int get_body(Source& src, std::string& body) {
   int r = src.skip_wc();
   if (r) return r;
-  if (src.cur() != '#') return 81;
+  if (src.cur() != '#') return kErrMacroBodyHashes;
   ++src.pos;
   body.clear();
   CommentState comment;  // a "#" in a comment does not end the body
@@ -97,7 +98,7 @@ int get_body(Source& src, std::string& body) {
     int c = src.cur();
     if (c == '\0') {
       // The line's end is a newline of the body, then the next line.
-      if (src.at_eof()) return 8;
+      if (src.at_eof()) return kErrEofInMacroBody;
       body += '\n';
       if (body.size() >= static_cast<size_t>(kMacroBodyMax)) return body_too_long(src);
       r = src.get_buff();
@@ -107,7 +108,7 @@ int get_body(Source& src, std::string& body) {
     }
     if (!comment.in() && c == '#') {
       ++src.pos;
-      return 0;
+      return kOk;
     }
     const int mark = comment.step(c, char_at(src, src.pos + 1), CommentRules::kOutsideComments);
     for (int k = 0; k < (mark ? mark : 1); ++k)
@@ -116,14 +117,14 @@ int get_body(Source& src, std::string& body) {
 }
 
 int store_macro(Macro&& macro, std::vector<Macro>& list) {
-  if (find_macro(list, macro.name)) return 84;
+  if (find_macro(list, macro.name)) return kErrMacroDefined;
   list.push_back(std::move(macro));
-  return 0;
+  return kOk;
 }
 
 int store_macro(Macro&& macro, std::unordered_map<std::string, Macro>& list) {
   std::string name = macro.name;
-  return list.try_emplace(std::move(name), std::move(macro)).second ? 0 : 84;
+  return list.try_emplace(std::move(name), std::move(macro)).second ? kOk : kErrMacroDefined;
 }
 
 int do_undefine(Source& src) {
@@ -133,8 +134,8 @@ int do_undefine(Source& src) {
   std::string name;
   while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
   auto& list = src.run.macro_list;
-  if (list.empty()) return 91;
-  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : 0;
+  if (list.empty()) return kErrNoMacrosToUndefine;
+  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : kOk;
 }
 
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name) {

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 
 namespace sorvel {
@@ -25,13 +25,14 @@ constexpr long kMaxExpansions = 10000;
 int get_macro(Source& src, Macro& macro);
 // The loose keyword test: six characters from the "d", then white space.
 int get_define(Source& src);
-// A macro or parameter name after white space and comments: 0, 88, or 1000.
+// A macro or parameter name after white space and comments: kOk,
+// kErrMacroNameStart, or kErrCaretOnly.
 int get_name(Source& src, std::string& name);
 // The parameter list, when "(" follows the name.
 int get_args(Source& src, Macro& macro);
 // The body between "#"s, over as many lines as it takes.
 int get_body(Source& src, std::string& body);
-// Adds the definition to the list: 0, or 84 when the name is taken.
+// Adds the definition to the list: kOk, or kErrMacroDefined when the name is taken.
 int store_macro(Macro&& macro, std::vector<Macro>& list);
 int store_macro(Macro&& macro, std::unordered_map<std::string, Macro>& list);
 // "#undef NAME", entered just after the "#".

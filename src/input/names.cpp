@@ -1,5 +1,6 @@
 #include "input/names.h"
 
+#include "base/catalog.h"
 #include "base/diag.h"
 
 namespace sorvel {
@@ -21,13 +22,13 @@ int read_defined_name(Source& src, std::string& name, int not_a_name, const char
 int too_long(Source& src, const std::string& what, int max) {
   Mprintf(src.run, "\n\nERROR: Line %d: The %s has exceeded the", src.line, what.c_str());
   Mprintf(src.run, " maximum number\nof characters allowed (%d).\n", max);
-  return 1000;
+  return kErrCaretOnly;
 }
 
 int no_such_name(Source& src, const char* what, const std::string& name) {
   Mprintf(src.run, "\n\nERROR: Line %d: There is no %s \"%s\" in your input file!\n", src.line,
           what, name.c_str());
-  return 1000;
+  return kErrCaretOnly;
 }
 
 }  // namespace sorvel

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "input/source.h"
 
@@ -56,9 +57,9 @@ inline int loose_keyword(Source& src, const char* word, int length) {
     if (src.cur() == word[k]) match = true;
     ++src.pos;
   }
-  if (!match || !is_space(src.cur())) return 80;
+  if (!match || !is_space(src.cur())) return kErrMacroStatement;
   src.skip_blanks();
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

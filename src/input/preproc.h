@@ -23,16 +23,8 @@ int do_endif(Source& src);
 int parse_macros(Source& src, unsigned char* marks);
 int parse_variables(Source& src, const unsigned char* marks);
 
-}  // namespace sorvel
-
-namespace sorvel {
-
 // 1 when every "#if" has been closed by its "#endif".
 int ifdef_match(const Run& run);
-
-}  // namespace sorvel
-
-namespace sorvel {
 
 // G-block statements after "#": a macro statement (#define, #undef, #if,
 // #endif) or a constant (#const). Entered just after the "#".

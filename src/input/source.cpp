@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "base/catalog.h"
 #include "base/chars.h"
 #include "input/comments.h"
 #include "input/preproc.h"
@@ -11,7 +12,7 @@
 namespace sorvel {
 
 int Source::get_buff() {
-  if (!std::fgets(buffer, kLineSize, fin)) return -1;
+  if (!std::fgets(buffer, kLineSize, fin)) return kEndOfInput;
   ++line;
   expansions = 0;
   std::memset(marks_, 0, sizeof marks_);
@@ -23,19 +24,19 @@ int Source::get_buff() {
   // Whatever a NUL byte hid, or an earlier longer line left, reads as the end.
   std::memset(buffer + n, 0, static_cast<size_t>(kLineSize - n));
   pos = 0;
-  if (in_if0(run)) return 0;
+  if (in_if0(run)) return kOk;
 
   skip_blanks();
   if (cur() == '#') {
     if (is_if(buffer, pos + 1)) {
       ++pos;
       int r = do_if_interface(*this);
-      return r > 0 ? r : 0;
+      return r > 0 ? r : kOk;
     }
     if (is_endif(buffer, pos + 1)) {
       ++pos;
       int r = do_endif(*this);
-      return r > 0 ? r : 0;
+      return r > 0 ? r : kOk;
     }
   }
   int r = parse_macros(*this, marks_);
@@ -46,7 +47,7 @@ int Source::get_buff() {
     std::fputs(buffer, run.fecho);
     std::fputc('\n', run.fecho);
   }
-  return 0;
+  return kOk;
 }
 
 int Source::is_comment(int& kind) const {
@@ -117,7 +118,7 @@ int Source::skip_stuff() { return skip_around_comment(*this, true); }
 int Source::good_cmd_format() {
   int r = skip_lines();
   if (r > 0) return r;
-  return buffer[pos] == '(' ? 0 : 96;
+  return buffer[pos] == '(' ? kOk : kErrCharsBeforeCommandParen;
 }
 
 void Source::skip_blanks() {

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-#include "base/run.h"
+#include "base/run_state.h"
 
 namespace sorvel {
 
@@ -50,7 +50,7 @@ class Source {
   int skip_wc();
   // As skip_wc, and one "," or "/" after the comment.
   int skip_stuff();
-  // White space (across lines), then "(" must follow: 0, or 96.
+  // White space (across lines), then "(" must follow: kOk, or kErrCharsBeforeCommandParen.
   int good_cmd_format();
 
   // Number scanners: 1 on success (the position moves past the number), 0

@@ -6,7 +6,7 @@
 #include "base/numtext.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
-#include "output/convert.h"
+#include "output/units.h"
 
 namespace sorvel {
 

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/block.h"
 
 namespace sorvel {

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <new>
 
-#include "base/convert.h"
+#include "base/x86_int.h"
 #include "output/zeroed_memory.h"
 
 namespace sorvel {

@@ -6,9 +6,9 @@
 #include <queue>
 #include <vector>
 
-#include "base/convert.h"
 #include "base/diag.h"
 #include "base/rounding.h"
+#include "base/x86_int.h"
 
 namespace sorvel {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/block.h"
 
 namespace sorvel {

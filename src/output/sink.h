@@ -3,7 +3,7 @@
 // hints checker, the playground). Each of them is a BlockSink.
 #pragma once
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/block.h"
 
 namespace sorvel {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/catalog.h"
 #include "output/csound.h"
 #include "output/midi.h"
 
@@ -20,7 +21,7 @@ int CsoundWriter::take_block(const FinishedBlock& b) {
 
 int MidiWriter::take_block(const FinishedBlock&) {
   Block& block = block_;
-  if (block.note_list.handle && block.MAX_PFIELDS < 5) return 4;
+  if (block.note_list.handle && block.MAX_PFIELDS < 5) return kErrPfieldsMismatchHeader;
   uint32_t track_bytes = 0;
   if (List2MIDI(run_, block, track_bytes)) {
     const Event* last = block.note_list.handle;
@@ -28,7 +29,7 @@ int MidiWriter::take_block(const FinishedBlock&) {
     PutTrack1(run_.fout, last->start + last->dur + 1.0f);
     WriteTrack(run_.fout, block.note_list, track_bytes);
   }
-  return 0;
+  return kOk;
 }
 
 }  // namespace sorvel

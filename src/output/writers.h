@@ -4,7 +4,7 @@
 // run's output stream each time it is taken.
 #pragma once
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/sink.h"
 
 namespace sorvel {

@@ -2,7 +2,7 @@
 // parsers pass to each other.
 #pragma once
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 #include "output/block.h"
 #include "output/events.h"

@@ -1,5 +1,6 @@
 #include "pfield/store.h"
 
+#include "base/catalog.h"
 #include "base/vocabulary.h"
 #include "global/tempo.h"
 #include "pfield/timing.h"
@@ -12,17 +13,17 @@ int store_value(Ctx& c, DataList& d, float value) {
   Pfield& p = c.pfield;
   if (p.P_NO == 2) {
     float secs = to_tempo(run, p.CBEATS, value);
-    if (value == 0.0f && b.EVENTS == 0) return 54;
+    if (value == 0.0f && b.EVENTS == 0) return kErrZeroIntervalNeedsEvents;
     secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
     if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
-      return 32;
+      return kErrOutOfMemory;
     p.WROTE_DATA = 1;
     p.CBEATS = p.CBEATS + value;
-    return 0;
+    return kOk;
   }
   if (p.P_NO == 3) {
     store_p3(c, d, value);
-    return 0;
+    return kOk;
   }
   // A negative pitch is a rest: the event that receives it falls silent.
   if (p.IN_TYPE == CMD_NO && value < 0.0f) d.cursor->next->dur = -d.cursor->next->dur;
@@ -34,16 +35,17 @@ int repeat_last(Ctx& c, DataList& d) {
   Pfield& p = c.pfield;
   if (p.P_NO >= 4 && d.cursor != p.LUT) {
     int added = 0;
-    if (!DoListChord(b.note_list, d.cursor, p.LUT, p.P_NO, b.MAX_PFIELDS, added)) return 32;
+    if (!DoListChord(b.note_list, d.cursor, p.LUT, p.P_NO, b.MAX_PFIELDS, added))
+      return kErrOutOfMemory;
     b.EVENTS += static_cast<unsigned>(added);
     b.EVENT_NO += added;
   } else {
     int r = store_value(c, d, p.LAST_VAL);
     if (r) return r;
   }
-  if (p.IN_LOOP && !DoQEvent(d.queue)) return 45;
+  if (p.IN_LOOP && !DoQEvent(d.queue)) return kErrMisplacedLoop;
   ++b.EVENT_NO;
-  return 0;
+  return kOk;
 }
 
 int fill_to_end(Ctx& c, DataList& d) {

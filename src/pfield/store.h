@@ -3,6 +3,7 @@
 // of the block when a p-field's data ends.
 #pragma once
 
+#include "base/catalog.h"
 #include "pfield/state.h"
 #include "pfield/timing.h"
 
@@ -16,7 +17,7 @@ int store_value(Ctx& c, DataList& d, float value);
 
 // Stores a value of p4 or later in the event after the cursor, or in a new
 // chord member when IS_FUSED, after random deviation and pitch rounding.
-// Returns 0 or error 32. Inline, like the steps it is made of: every value of
+// Returns kOk or kErrOutOfMemory. Inline, like the steps it is made of: every value of
 // p4 and later passes through here.
 inline int store_in_event(Ctx& c, DataList& d, float value) {
   Run& run = c.run;
@@ -25,9 +26,9 @@ inline int store_in_event(Ctx& c, DataList& d, float value) {
   const float v = adjust(c, add_rdev(run, value, run.MAX_DEV + run.MAX_DEV2));
   if (!StorePfield(v, d.cursor, b.note_list, p.P_NO, b.MAX_PFIELDS, p.IS_FUSED, p.LUT,
                    run.PFACTOR))
-    return 32;
+    return kErrOutOfMemory;
   p.WROTE_DATA = 1;
-  return 0;
+  return kOk;
 }
 
 // One repetition of the last value (or, in p4 and later, of the last chord),

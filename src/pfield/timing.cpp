@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
@@ -51,7 +52,7 @@ void store_p3(Ctx& c, DataList& d, float value) {
     case 300:
       // The warning looks at amount - rhythm, so it comes when the resulting
       // duration is positive.
-      if (amount - rhythm < 0.0f) warn(c, 1);
+      if (amount - rhythm < 0.0f) warn(c, kWarnNegativeDuration);
       dur = rhythm - amount;
       break;
     case 400:

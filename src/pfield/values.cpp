@@ -1,10 +1,10 @@
 #include "pfield/values.h"
 
 #include "base/chars.h"
-#include "base/convert.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
-#include "output/convert.h"
+#include "base/x86_int.h"
+#include "output/units.h"
 
 namespace sorvel {
 

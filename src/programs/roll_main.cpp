@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "driver/options.h"
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 #include "roll/collect.h"
 #include "roll/frame.h"
 #include "roll/roll.h"

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/sink.h"
 #include "roll/roll.h"
 

@@ -8,8 +8,8 @@
 
 #include "base/numtext.h"
 #include "base/rounding.h"
-#include "output/convert.h"
 #include "output/csound.h"
+#include "output/units.h"
 #include "roll/frame.h"
 #include "roll/roll.h"
 #include "roll/scale.h"

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "base/catalog.h"
 #include "support/capture.h"
 
 namespace sorvel {
@@ -108,8 +109,8 @@ TEST(ErrorNo, Framings) {
 
   // 999 prints nothing, 1000 the line and caret only.
   Screens special;
-  error_no(special.run, 999, 3, "abc", 1);
-  error_no(special.run, 1000, 3, "abc\n", 2);
+  error_no(special.run, kErrAlreadyPrinted, 3, "abc", 1);
+  error_no(special.run, kErrCaretOnly, 3, "abc\n", 2);
   EXPECT_EQ(special.both(), "abcL\n  ^\n");
 }
 

@@ -5,9 +5,10 @@
 #include <set>
 #include <string>
 
-#include "../support/text_input.h"
+#include "base/catalog.h"
 #include "ddf/engine.h"
 #include "ddf/readers.h"
+#include "support/text_input.h"
 
 namespace sorvel {
 namespace {
@@ -87,15 +88,15 @@ TEST(Limits, ItemsPastTheLimitAreRefusedAsSoonAsRead) {
     int (*reader)(Ctx&, DdfArgs&);
     int limit, error;
   } cases[] = {
-      {"ra(-1", " .0078125 5", ")", get_RA_data, 128, 35},
-      {"se(-1 1 [", "1 ", "])", get_SE_data, 128, 35},
-      {"ms(-1 1 [1] [", "2 ", "])", get_MS_data, 128, 35},
-      {"s2(-1 1 [", "1:2 ", "])", get_S2_data, 128, 35},
-      {"ex(-1 1 [p2", "+1", "])", get_EX_data, 41, 23},
+      {"ra(-1", " .0078125 5", ")", get_RA_data, 128, kErrBadParameterCount},
+      {"se(-1 1 [", "1 ", "])", get_SE_data, 128, kErrBadParameterCount},
+      {"ms(-1 1 [1] [", "2 ", "])", get_MS_data, 128, kErrBadParameterCount},
+      {"s2(-1 1 [", "1:2 ", "])", get_S2_data, 128, kErrBadParameterCount},
+      {"ex(-1 1 [p2", "+1", "])", get_EX_data, 41, kErrValueOrSyntax},
   };
   for (const auto& c : cases) {
     Reader ok(c.head + repeat(c.item, c.limit) + c.tail);
-    EXPECT_EQ(c.reader(ok.ctx, ok.args), 0) << c.head;
+    EXPECT_EQ(c.reader(ok.ctx, ok.args), kOk) << c.head;
     Reader over(c.head + repeat(c.item, c.limit + 1) + c.tail);
     EXPECT_EQ(c.reader(over.ctx, over.args), c.error) << c.head;
     const size_t end = c.head.size() + c.item.size() * static_cast<size_t>(c.limit + 1);

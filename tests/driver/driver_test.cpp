@@ -1,7 +1,7 @@
 // Whole runs in-process: the command line, the file checks and opening order,
 // and that no temporary file outlives a run (each test checks its own
 // temporary directory at the end).
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 #include "support/capture.h"
 
 namespace sorvel {

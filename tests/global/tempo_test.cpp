@@ -9,7 +9,7 @@
 #include <random>
 #include <string>
 
-#include "../support/text_input.h"
+#include "support/text_input.h"
 
 namespace sorvel {
 namespace {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 #include "output/block_support.h"
 #include "output/midi.h"
 #include "support/capture.h"

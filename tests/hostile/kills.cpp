@@ -26,7 +26,7 @@
 #include <thread>
 #include <vector>
 
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 
 namespace sorvel {
 namespace {

@@ -6,8 +6,9 @@
 
 #include <string>
 
+#include "base/catalog.h"
 #include "input/macros.h"
-#include "preproc_support.h"
+#include "input/preproc_support.h"
 
 namespace sorvel {
 namespace {
@@ -79,10 +80,10 @@ TEST(ConstantLimits, ExpandedLineLength) {
     const std::string line = next_line(in, &status);
     const std::string x(static_cast<size_t>(n), 'x');
     if (n == 2040) {
-      EXPECT_EQ(status, 0);
+      EXPECT_EQ(status, kOk);
       EXPECT_EQ(line, x + " 1.000 ");
     } else {
-      EXPECT_EQ(status, 89);
+      EXPECT_EQ(status, kErrMacroTooLong);
       // Left as it was; the expansion is announced before the length is
       // checked.
       EXPECT_EQ(line, x + " ~A ");

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "preproc_support.h"
+#include "input/preproc_support.h"
 
 namespace sorvel {
 namespace {

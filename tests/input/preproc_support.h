@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "../support/text_input.h"
 #include "input/preproc.h"
+#include "support/text_input.h"
 
 namespace sorvel::testing {
 

@@ -8,7 +8,8 @@
 #include <cmath>
 #include <string>
 
-#include "../support/text_input.h"
+#include "base/catalog.h"
+#include "support/text_input.h"
 
 namespace sorvel {
 namespace {
@@ -20,23 +21,23 @@ std::string rest(const Source& src) { return src.buffer + src.pos; }
 TEST(GetBuff, LineLengthLimitAndLineEnds) {
   // 2047 characters fill the buffer: the newline comes as a line of its own.
   TextInput full(std::string(2047, 'a') + "\nnext\n");
-  ASSERT_EQ(full.src.get_buff(), 0);
+  ASSERT_EQ(full.src.get_buff(), kOk);
   EXPECT_EQ(std::string(full.src.buffer), std::string(2047, 'a'));
-  ASSERT_EQ(full.src.get_buff(), 0);
+  ASSERT_EQ(full.src.get_buff(), kOk);
   EXPECT_EQ(std::string(full.src.buffer), " ");
-  ASSERT_EQ(full.src.get_buff(), 0);
+  ASSERT_EQ(full.src.get_buff(), kOk);
   EXPECT_EQ(std::string(full.src.buffer), "next ");
   EXPECT_EQ(full.src.line, 3);
 
   TextInput shorter(std::string(2046, 'b') + "\nz\n");
-  ASSERT_EQ(shorter.src.get_buff(), 0);
+  ASSERT_EQ(shorter.src.get_buff(), kOk);
   EXPECT_EQ(std::string(shorter.src.buffer), std::string(2046, 'b') + " ");
 
   // CR, LF and byte 255 become blanks; a NUL byte ends the line's text.
   TextInput odd(std::string("a\rb\xff" "c\r\nab\0cd\n", 13));
-  ASSERT_EQ(odd.src.get_buff(), 0);
+  ASSERT_EQ(odd.src.get_buff(), kOk);
   EXPECT_EQ(std::string(odd.src.buffer), "a b c  ");
-  ASSERT_EQ(odd.src.get_buff(), 0);
+  ASSERT_EQ(odd.src.get_buff(), kOk);
   EXPECT_EQ(std::string(odd.src.buffer), "ab");
   odd.src.pos = 2;
   EXPECT_TRUE(odd.src.at_line_end());
@@ -44,20 +45,20 @@ TEST(GetBuff, LineLengthLimitAndLineEnds) {
 
 TEST(GetBuff, EndOfInputIsKnownOnlyAfterAReadMeetsIt) {
   TextInput in("p2 4 4\n");
-  ASSERT_EQ(in.src.get_buff(), 0);
+  ASSERT_EQ(in.src.get_buff(), kOk);
   EXPECT_FALSE(in.src.at_eof());
   in.src.pos = 3;
-  EXPECT_EQ(in.src.get_buff(), -1);  // buffer, position and line left alone
+  EXPECT_EQ(in.src.get_buff(), kEndOfInput);  // buffer, position and line left alone
   EXPECT_EQ(std::string(in.src.buffer), "p2 4 4 ");
   EXPECT_EQ(in.src.pos, 3);
   EXPECT_EQ(in.src.line, 1);
   EXPECT_TRUE(in.src.at_eof());
 
   TextInput last("a\nlast");
-  ASSERT_EQ(last.src.get_buff(), 0);
-  ASSERT_EQ(last.src.get_buff(), 0);
+  ASSERT_EQ(last.src.get_buff(), kOk);
+  ASSERT_EQ(last.src.get_buff(), kOk);
   EXPECT_TRUE(last.src.at_eof());
-  EXPECT_EQ(last.src.skip_lines(), 0);  // nothing more is read
+  EXPECT_EQ(last.src.skip_lines(), kOk);  // nothing more is read
 }
 
 TEST(Comments, BlockCommentsNestAcrossLinesAndSlashStarSlashDoesNotClose) {
@@ -66,28 +67,28 @@ TEST(Comments, BlockCommentsNestAcrossLinesAndSlashStarSlashDoesNotClose) {
   int kind = -1;
   ASSERT_EQ(nested.src.is_comment(kind), 1);
   EXPECT_EQ(kind, 1);
-  ASSERT_EQ(nested.src.skip_comment(kind), 0);
+  ASSERT_EQ(nested.src.skip_comment(kind), kOk);
   EXPECT_EQ(nested.src.line, 3);
   EXPECT_EQ(rest(nested.src), " x ");
 
   for (const char* text : {"/*/ a */b", "/**/b"}) {
     TextInput in(text);
     in.read_line();
-    EXPECT_EQ(in.src.skip_comment(1), 0);
+    EXPECT_EQ(in.src.skip_comment(1), kOk);
     EXPECT_EQ(rest(in.src), "b") << text;
   }
 
   TextInput open("/* a /* b */\n c\n");
   open.read_line();
-  EXPECT_EQ(open.src.skip_comment(1), -1);
+  EXPECT_EQ(open.src.skip_comment(1), kEndOfInput);
 }
 
 TEST(Skipping, OneCommentAndOneCommaOrSlashAtMost) {
   TextInput wc("  ; first\n  /* second */ /* third */ x\n");
   wc.read_line();
-  EXPECT_EQ(wc.src.skip_wc(), 0);
+  EXPECT_EQ(wc.src.skip_wc(), kOk);
   EXPECT_EQ(rest(wc.src), "/* second */ /* third */ x ");
-  EXPECT_EQ(wc.src.skip_wc(), 0);
+  EXPECT_EQ(wc.src.skip_wc(), kOk);
   EXPECT_EQ(rest(wc.src), "/* third */ x ");
 
   // skip_stuff: the "," or "/" must follow the comment directly.

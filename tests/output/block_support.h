@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/block.h"
 
 namespace sorvel::testing {

@@ -7,8 +7,7 @@
 #include <limits>
 
 #include "base/vocabulary.h"
-
-#include "block_support.h"
+#include "output/block_support.h"
 
 namespace sorvel {
 namespace {

@@ -18,7 +18,7 @@
 
 #include "base/diag.h"
 #include "base/rounding.h"
-#include "block_support.h"
+#include "output/block_support.h"
 #include "output/events.h"
 
 namespace sorvel {

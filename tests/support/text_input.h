@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "input/source.h"
 
 namespace sorvel::testing {

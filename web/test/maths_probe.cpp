@@ -14,7 +14,7 @@
 #include <initializer_list>
 
 #include "base/curves.h"
-#include "output/convert.h"
+#include "output/units.h"
 
 namespace {
 

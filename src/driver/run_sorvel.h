@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "base/run.h"
+#include "base/run_state.h"
 #include "output/sink.h"
 
 namespace sorvel {

@@ -1,11 +1,11 @@
-#include "output/convert.h"
+#include "output/units.h"
 
 #include <cmath>
 #include <cstdint>
 
-#include "base/convert.h"
 #include "base/power.h"
 #include "base/rounding.h"
+#include "base/x86_int.h"
 
 namespace sorvel {
 

@@ -1,9 +1,10 @@
-#include "driver/run.h"
+#include "driver/run_sorvel.h"
 
 #include <cstdio>
 #include <new>
 #include <string>
 
+#include "base/catalog.h"
 #include "base/diag.h"
 #include "driver/options.h"
 #include "driver/run_files.h"
@@ -74,7 +75,7 @@ int run_blocks(Run& run, RunFiles& files, const std::vector<BlockSink*>& sinks) 
   // A read of the temporary file that failed ends the input early: that,
   // not what the parsers made of it, is the error.
   auto fail = [&](int number) {
-    error_no(run, files.read_failed() ? 9 : number, src.line, src.buffer, src.pos);
+    error_no(run, files.read_failed() ? kErrTempFile : number, src.line, src.buffer, src.pos);
     clean_up(run, &block, files, false);
     return 1;
   };
@@ -90,9 +91,9 @@ int run_blocks(Run& run, RunFiles& files, const std::vector<BlockSink*>& sinks) 
         clean_up(run, &block, files, false);
         return 1;
       }
-      if (files.read_failed()) return fail(9);
+      if (files.read_failed()) return fail(kErrTempFile);
       if (src.at_eof() && src.at_line_end()) {
-        if (!ifdef_match(run)) return fail(119);
+        if (!ifdef_match(run)) return fail(kErrIfMissingEndif);
         break;
       }
       if (run.MKMIDI) {
@@ -105,7 +106,7 @@ int run_blocks(Run& run, RunFiles& files, const std::vector<BlockSink*>& sinks) 
     if (!run.MKMIDI) std::fputs("\ne\n", run.fout);
     Mprintf(run, "\n\nGlobal cumulative duration of all i-blocks = %f (secs)\n", run.CUM_TIME);
   } catch (const std::bad_alloc&) {
-    return fail(32);
+    return fail(kErrOutOfMemory);
   }
   if (!clean_up(run, &block, files, true)) return 1;
   std::fputs("\n", run.screen);
