@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/capture.h"
+#include "support/scratch.h"
 
 namespace sorvel {
 namespace {
@@ -55,18 +56,10 @@ std::string info(const std::string& in, const std::string& out, const char* log 
   return s;
 }
 
-std::string make_dir() {
-  std::string templ = fs::temp_directory_path().string() + "/driver-test-XXXXXX";
-  std::vector<char> name(templ.begin(), templ.end());
-  name.push_back('\0');
-  if (!mkdtemp(name.data())) std::abort();
-  return name.data();
-}
-
 class Driver : public ::testing::Test {
  protected:
-  std::string dir = make_dir();  // the test's own files
-  std::string tmp = make_dir();  // the run's temporary directory
+  std::string dir = testing::make_dir("driver-test");  // the test's own files
+  std::string tmp = testing::make_dir("driver-test");  // the run's temporary directory
 
   struct Result {
     int status;
@@ -97,15 +90,10 @@ class Driver : public ::testing::Test {
   std::string path(const std::string& name) const { return dir + "/" + name; }
 
   void write(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
+    testing::write_file(path(name), text);
   }
-
   std::optional<std::string> read(const std::string& name) const {
-    std::ifstream in(path(name), std::ios::binary);
-    if (!in) return std::nullopt;
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return testing::read_file(path(name));
   }
 
   // A failure that prints `screen` and must leave `out` unwritten.

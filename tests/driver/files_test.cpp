@@ -21,6 +21,7 @@
 
 #include "driver/run_sorvel.h"
 #include "support/capture.h"
+#include "support/scratch.h"
 
 namespace sorvel {
 namespace {
@@ -35,18 +36,10 @@ std::string cant_write(const std::string& name) {
   return "\nERROR: Can't write \"" + name + "\".\n\n";
 }
 
-std::string make_dir(const char* what) {
-  std::string templ = fs::temp_directory_path().string() + "/" + what + "-XXXXXX";
-  std::vector<char> name(templ.begin(), templ.end());
-  name.push_back('\0');
-  if (!mkdtemp(name.data())) std::abort();
-  return name.data();
-}
-
 class Files : public ::testing::TestWithParam<bool> {
  protected:
-  std::string dir = make_dir("files-test");  // the run's working directory
-  std::string tmp = make_dir("files-tmp");   // its temporary directory
+  std::string dir = testing::make_dir("files-test");  // the run's working directory
+  std::string tmp = testing::make_dir("files-tmp");   // its temporary directory
   const fs::path home = fs::current_path();
 
   struct Result {
@@ -86,15 +79,10 @@ class Files : public ::testing::TestWithParam<bool> {
   std::string path(const std::string& name) const { return dir + "/" + name; }
 
   void write(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
+    testing::write_file(path(name), text);
   }
-
   std::optional<std::string> read(const std::string& name) const {
-    std::ifstream in(path(name), std::ios::binary);
-    if (!in) return std::nullopt;
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return testing::read_file(path(name));
   }
 
   unsigned mode_of(const std::string& name) const {
@@ -313,7 +301,7 @@ TEST_P(Files, TheTemporaryFileGoesWhereTmpdirSays) {
 TEST(FilesAsAUser, ADirectoryThatTakesNoNewFilesAndAScoreThatCannotBeWritten) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root to become another user";
   const uid_t nobody = 65534;
-  const std::string dir = make_dir("files-user"), tmp = make_dir("files-user-tmp");
+  const std::string dir = testing::make_dir("files-user"), tmp = testing::make_dir("files-user-tmp");
   ASSERT_EQ(chmod(dir.c_str(), 0755), 0);
   ASSERT_EQ(chown(tmp.c_str(), nobody, nobody), 0);
   std::ofstream(dir + "/in.sor") << kBlock;

@@ -16,19 +16,12 @@
 #include "output/block_support.h"
 #include "output/midi.h"
 #include "support/capture.h"
+#include "support/scratch.h"
 
 namespace sorvel {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string make_dir(const char* what) {
-  std::string templ = fs::temp_directory_path().string() + "/" + what + "-XXXXXX";
-  std::vector<char> name(templ.begin(), templ.end());
-  name.push_back('\0');
-  if (!mkdtemp(name.data())) std::abort();
-  return name.data();
-}
 
 std::string repeat(const std::string& s, size_t n) {
   std::string out;
@@ -39,8 +32,8 @@ std::string repeat(const std::string& s, size_t n) {
 
 class Hostile : public ::testing::Test {
  protected:
-  std::string dir = make_dir("hostile");
-  std::string tmp = make_dir("hostile-tmp");
+  std::string dir = testing::make_dir("hostile");
+  std::string tmp = testing::make_dir("hostile-tmp");
   std::string screen;
   int status = -1;
 
@@ -51,7 +44,7 @@ class Hostile : public ::testing::Test {
   }
 
   void write(const std::string& name, const std::string& text) {
-    std::ofstream(dir + "/" + name, std::ios::binary) << text;
+    testing::write_file(dir + "/" + name, text);
   }
 
   // Runs "sorvel -s in.sor out.sco" in the test's directory on `input`.
