@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/catalog.h"
+#include "base/observer.h"
 #include "base/numtext.h"
 
 namespace sorvel {
@@ -77,6 +78,7 @@ void put_buff(FILE* stream, const char* buffer, int pos) {
 
 void warning_no(Run& run, int number, int line, const char* buffer, int pos) {
   const char* text = warning_text(number);
+  if (run.observer) run.observer->warning(number, number <= 9 ? 0 : line, buffer, pos);
   if (run.SUPRESS) return;
   if (number <= 9) {
     Mprintf(run, "\nWARNING: %s", text);
@@ -88,6 +90,7 @@ void warning_no(Run& run, int number, int line, const char* buffer, int pos) {
 }
 
 void error_no(Run& run, int number, int line, const char* buffer, int pos) {
+  if (run.observer) run.observer->error(number, line, buffer, pos);
   if (number == kErrAlreadyPrinted) return;
   if (number == kErrCaretOnly) {
     put_buff_both(run, buffer, pos);

@@ -14,6 +14,8 @@
 
 namespace sorvel {
 
+class Observer;  // base/observer.h
+
 // A macro definition: #define NAME(args) #body#
 struct Macro {
   std::string name;
@@ -64,6 +66,9 @@ struct Run {
   FILE* fecho = nullptr;
   FILE* screen = stderr;   // the standard error stream: every message
   FILE* console = stdout;  // the standard output stream
+  // Who listens to what the readers read (the hints checker, the playground);
+  // none by default.
+  Observer* observer = nullptr;
 
   // Settings.
   float TEMPO = 60.0f;
