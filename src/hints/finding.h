@@ -1,0 +1,24 @@
+// One finding of the hints checker: a place in the run's text, how serious
+// it is, a stable code, what to say, and the text that would fix it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace sorvel {
+
+struct Finding {
+  int line = 0;        // the run's line (1-based; 0: the input as a whole)
+  int column = 0;      // 0-based column in that line
+  int end_column = 0;  // end of the span the finding is about (exclusive); == column: a point
+  const char* severity = "hint";  // "hint", "warning" or "error"
+  std::string code;               // "H01"...; a run's error "E38", warning "W12"
+  std::string message;
+  bool has_fix = false;           // replace [column, end_column) of the line by fix_text
+  std::string fix_text;
+};
+
+// Where the findings go: every family of hints adds to one list.
+using Findings = std::vector<Finding>;
+
+}  // namespace sorvel
