@@ -12,6 +12,14 @@
 
 namespace sorvel {
 
+// Where one weight of a dynamic data function stands: run line and columns
+// [begin, end).
+struct WeightSpan {
+  int line;
+  int begin;
+  int end;
+};
+
 class Observer {
  public:
   virtual ~Observer() = default;
@@ -52,16 +60,24 @@ class Observer {
   // the input type code and the value as read.
   virtual void value_read(int /*line*/, const char* /*text*/, int /*begin*/, int /*end*/,
                           int /*IN_TYPE*/, float /*value*/) {}
+  // A value that failed in the p-field's input type: it begins at `begin`,
+  // and the reader stopped at `end`, where the text stopped fitting the type.
+  virtual void value_failed(int /*line*/, const char* /*text*/, int /*begin*/, int /*end*/,
+                            int /*IN_TYPE*/) {}
   // A rhythm placed in p2 under the tempo map: where it starts (beats), how
   // long it is (beats) and the seconds the run gave it.
   virtual void rhythm_timed(int /*line*/, int /*begin*/, int /*end*/, float /*beat*/,
                             float /*beats*/, double /*seconds*/) {}
-  // The block's end was reached by repeating the last value of p-field P_NO
-  // `count` times (a block counted in beats whose data ran short).
-  virtual void block_filled(int /*line*/, int /*P_NO*/, long /*count*/) {}
-  // Weights that do not add up to 1: their values, in order.
-  virtual void weights_failed(int /*line*/, int /*begin*/, const float* /*weights*/,
-                              int /*count*/) {}
+  // The block's end was reached by repeating the last value (or chord) of
+  // p-field P_NO `count` times, after its data list had given `given` values;
+  // `value` is the value repeated, as read, and `in_beats` says whether the
+  // block is counted in beats (else events).
+  virtual void block_filled(int /*line*/, int /*P_NO*/, float /*value*/, long /*given*/,
+                            long /*count*/, bool /*in_beats*/) {}
+  // Weights that do not add up to 1, raised on run line `line` (its text
+  // `text`): their values in order, and where each was written.
+  virtual void weights_failed(int /*line*/, const char* /*text*/, const float* /*weights*/,
+                              const WeightSpan* /*at*/, int /*count*/) {}
 
   // --- writing ---------------------------------------------------------------
   // One MIDI note written: the block's number in the file (1 the first), the

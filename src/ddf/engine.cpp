@@ -6,6 +6,7 @@
 #include "base/catalog.h"
 #include "base/curves.h"
 #include "base/diag.h"
+#include "base/observer.h"
 #include "base/random.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
@@ -59,6 +60,12 @@ int get_set_element(Rng& rng, int k, int size, SetChoice& choice, int mode) {
     default:
       return draw();
   }
+}
+
+void tell_weights_failed(Ctx& c, const DdfArgs& a, const std::vector<float>& weights) {
+  if (c.run.observer)
+    c.run.observer->weights_failed(c.src.line, c.src.buffer, weights.data(), a.weight_at.data(),
+                                   a.n());
 }
 
 std::vector<float> fix_percents(const DdfArgs& a) {
@@ -271,7 +278,10 @@ int do_DDF(Ctx& c, int type, DataList& d) {
   int r = read_args(c, type, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
-  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
+  if (type != DDF_HO && !hundred_percent(weights.data(), a.n())) {
+    tell_weights_failed(c, a, weights);
+    return kErrWeightsNotOne;
+  }
   if (p.P_NO == 2) return rhythm_in_p2(c, d, a, type, weights);
 
   Producer producer{c, d, a, type, {}};

@@ -16,6 +16,9 @@ int get_set_element(Rng& rng, int k, int size, SetChoice& choice, int mode);
 // The weights of the alternatives (each record's first number).
 std::vector<float> fix_percents(const DdfArgs& a);
 
+// Tells the run's observer, if any, that these weights did not add up to 1.
+void tell_weights_failed(Ctx& c, const DdfArgs& a, const std::vector<float>& weights);
+
 // How many events from the one after the cursor a function covers: the
 // magnitude of a negative duration, or the events within `dur` beats (with
 // warning 14 when the span reaches past the block). `base` and `last` receive

@@ -91,8 +91,10 @@ int get_EX_data(Ctx& c, DdfArgs& a) {
   // alternative before the next one: one skip_wc in each gap.
   for (;;) {
     float weight;
+    const int begin = src.pos;
     if (!src.get_f(weight)) return kErrExData;
     a.alt.push_back({weight});
+    if (c.run.observer) a.weight_at.push_back({src.line, begin, src.pos});
     if ((r = src.skip_wc())) return r;
     int mode = 0;
     const int mark = src.cur();

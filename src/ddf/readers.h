@@ -25,8 +25,10 @@ int read_alternatives(Ctx& c, DdfArgs& a, Body body) {
   if (r) return r;
   for (;;) {
     float weight;
+    const int begin = src.pos;
     if (!src.get_f(weight)) return kErrNoWeight;
     a.alt.push_back({weight});
+    if (c.run.observer) a.weight_at.push_back({src.line, begin, src.pos});
     if ((r = src.skip_wc())) return r;
     if ((r = body(a.alt.back()))) return r;
     if (a.n() > kMaxAlternatives) return kErrBadParameterCount;

@@ -17,6 +17,7 @@
 
 #include <vector>
 
+#include "base/observer.h"
 #include "base/random.h"
 
 namespace sorvel {
@@ -31,6 +32,8 @@ struct DdfArgs {
   std::vector<int> mode;   // SE, S2: 0 free, 1 without replacement, 2 no repeat; EX: 1 whole numbers
   // S2: for each alternative, each group's first position among the values and its length.
   std::vector<std::vector<int>> group_start, group_len;
+  // Where each weight was written; kept only for a run with an observer.
+  std::vector<WeightSpan> weight_at;
 
   int n() const { return static_cast<int>(alt.size()); }
 };

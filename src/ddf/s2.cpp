@@ -79,7 +79,10 @@ int do_S2(Ctx& c, DataList& d) {
   int r = get_S2_data(c, a);
   if (r) return r;
   const std::vector<float> weights = fix_percents(a);
-  if (!hundred_percent(weights.data(), a.n())) return kErrWeightsNotOne;
+  if (!hundred_percent(weights.data(), a.n())) {
+    tell_weights_failed(c, a, weights);
+    return kErrWeightsNotOne;
+  }
   SetChoice choice;
   init_did(choice, a.size);
   float base, last;

@@ -1,6 +1,7 @@
 #include "pfield/store.h"
 
 #include "base/catalog.h"
+#include "base/observer.h"
 #include "base/vocabulary.h"
 #include "global/tempo.h"
 #include "pfield/timing.h"
@@ -55,10 +56,14 @@ int fill_to_end(Ctx& c, DataList& d) {
   if (last && last->next->fused) ++b.EVENTS;
   if (out_of_time(c)) return 0;
   if (!last) {
+    const int given = b.EVENT_NO;
     while (!out_of_time(c)) {
       int r = repeat_last(c, d);
       if (r) return r;
     }
+    if (c.run.observer)
+      c.run.observer->block_filled(c.src.line, p.P_NO, p.LAST_VAL, given, b.EVENT_NO - given,
+                                   b.ETIME >= 0.0f);
     return 0;
   }
   // Play the queue round and round; a chord is never cut.

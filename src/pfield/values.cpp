@@ -1,6 +1,7 @@
 #include "pfield/values.h"
 
 #include "base/chars.h"
+#include "base/observer.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
 #include "base/x86_int.h"
@@ -156,9 +157,8 @@ bool admits_last_value(int in_type) {
   return in_type == CMD_RE || in_type == CMD_RH || in_type == CMD_DB || in_type == CMD_OP;
 }
 
-}  // namespace
-
-int get_input_type(Ctx& c, float& value) {
+// Reads one value in IN_TYPE: 1, or 0 on a syntax or range fault.
+int read_value(Ctx& c, float& value) {
   Source& src = c.src;
   if (admits_last_value(c.pfield.IN_TYPE) && is_last_variable(src.buffer, src.pos)) {
     ++src.pos;
@@ -191,6 +191,24 @@ int get_input_type(Ctx& c, float& value) {
   }
   value = v;
   return 1;
+}
+
+// Tells the observer what was read where (or where the value failed).
+void tell_observer(Ctx& c, int begin, int ok, const float& value) {
+  const Source& src = c.src;
+  if (ok)
+    c.run.observer->value_read(src.line, src.buffer, begin, src.pos, c.pfield.IN_TYPE, value);
+  else
+    c.run.observer->value_failed(src.line, src.buffer, begin, src.pos, c.pfield.IN_TYPE);
+}
+
+}  // namespace
+
+int get_input_type(Ctx& c, float& value) {
+  const int begin = c.src.pos;
+  const int ok = read_value(c, value);
+  if (c.run.observer) tell_observer(c, begin, ok, value);
+  return ok;
 }
 
 }  // namespace sorvel
