@@ -107,8 +107,9 @@ void PitchHints::value_read(int line, const char* text, int begin, int end, int 
   }
 
   if (next == 'b' && name.octave.empty() && !(begin > 0 && is_alpha(text[begin - 1]))) {
-    // "b" begins a note of its own: "eb4" is e, then b4. A longer run of
-    // letters ("gab") is read as notes one by one, and is left alone.
+    // "b" begins a note of its own: "eb4" is e, then b4. Within a run of
+    // letters ("gab") the "b" is more likely meant as a note, and is left
+    // alone.
     int stop = end + 1;
     while (is_digit(text[stop])) ++stop;
     if (is_alnum(text[stop]) || is_accidental(text[stop]) || text[stop] == '#') return;
@@ -168,7 +169,8 @@ void PitchHints::value_failed(int line, const char* text, int begin, int end, in
   const std::string written = span(text, begin, end);
   std::string message = quoted(written) + ": octave " + name.octave +
                         " is above 9, the highest octave of a pitch name, so the value fails.";
-  if (name.octave.size() <= 3 && name.accidentals.find_first_of("+-") == std::string::npos) {
+  if (!name.octave.empty() && name.octave.size() <= 3 &&
+      name.accidentals.find_first_of("+-") == std::string::npos) {
     int semitone = std::stoi(name.octave) * 12 + pitch_class(name.letter);
     for (char a : name.accidentals) semitone += a == 's' ? 1 : a == 'f' ? -1 : 0;
     if (run.MKMIDI) {

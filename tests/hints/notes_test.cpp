@@ -122,7 +122,7 @@ TEST_F(NotesHints, SharpsAndFlatsWrittenAsHashAndB) {
             }));
   EXPECT_EQ(status, 0);
 
-  // An upper-case letter; a run of letters is notes one by one ("gab": no flat).
+  // An upper-case letter; within a run of letters ("gab") a "b" is taken as a note.
   EXPECT_EQ(hints("i1 = 5 0 -6 {\np2 1\np3 1\np4 1\np5 no Bb gab\n}\n"),
             (std::vector<std::string>{
                 "5:6-8 H01 \"Bb\" is read as two notes, B and b; \"b\" is not an accidental "
