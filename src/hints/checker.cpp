@@ -109,12 +109,18 @@ void HintsChecker::rhythm_timed(int line, int begin, int end, float beat, float 
   each(line, [&](Family& f) { f.rhythm_timed(line, begin, end, beat, beats, seconds); });
 }
 
-void HintsChecker::block_filled(int line, int P_NO, long count) {
-  each(line, [&](Family& f) { f.block_filled(line, P_NO, count); });
+void HintsChecker::value_failed(int line, const char* text, int begin, int end, int IN_TYPE) {
+  each(line, [&](Family& f) { f.value_failed(line, text, begin, end, IN_TYPE); });
 }
 
-void HintsChecker::weights_failed(int line, int begin, const float* weights, int count) {
-  each(line, [&](Family& f) { f.weights_failed(line, begin, weights, count); });
+void HintsChecker::block_filled(int line, int P_NO, float value, long given, long count,
+                                bool in_beats) {
+  each(line, [&](Family& f) { f.block_filled(line, P_NO, value, given, count, in_beats); });
+}
+
+void HintsChecker::weights_failed(int line, const char* text, const float* weights,
+                                  const WeightSpan* at, int count) {
+  each(line, [&](Family& f) { f.weights_failed(line, text, weights, at, count); });
 }
 
 void HintsChecker::midi_note(int block, double seconds, unsigned long tick, int key, int velocity,

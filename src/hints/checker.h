@@ -46,8 +46,11 @@ class HintsChecker : public Observer {
                   float value) override;
   void rhythm_timed(int line, int begin, int end, float beat, float beats,
                     double seconds) override;
-  void block_filled(int line, int P_NO, long count) override;
-  void weights_failed(int line, int begin, const float* weights, int count) override;
+  void value_failed(int line, const char* text, int begin, int end, int IN_TYPE) override;
+  void block_filled(int line, int P_NO, float value, long given, long count,
+                    bool in_beats) override;
+  void weights_failed(int line, const char* text, const float* weights, const WeightSpan* at,
+                      int count) override;
   void midi_note(int block, double seconds, unsigned long tick, int key, int velocity,
                  float key_value, float velocity_value) override;
   void midi_block_left_out(int block, int I_NO) override;

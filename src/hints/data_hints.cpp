@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "base/catalog.h"
 #include "base/chars.h"
@@ -110,19 +111,16 @@ bool is_header(const char* text, int pos) {
 }  // namespace
 
 void DataHints::file_lines(int run_line, const char* file, int file_line) {
-  files_.push_back({run_line, file ? file : "", file_line});
+  lines_.start(run_line, file ? file : "", file_line);
 }
 
+void DataHints::line_split(int line) { lines_.split(line); }
+
 std::string DataHints::place(int line, int from_line) const {
-  const FileLines* at = nullptr;
-  const FileLines* from = nullptr;
-  for (const FileLines& f : files_) {
-    if (f.run_line <= line) at = &f;
-    if (f.run_line <= from_line) from = &f;
-  }
-  if (!at) return "line " + std::to_string(line);
-  std::string s = "line " + std::to_string(at->file_line + (line - at->run_line));
-  if (!from || from->file != at->file) s += " of " + at->file;
+  const LineMap::Place at = lines_.place(line);
+  if (at.file.empty()) return "line " + std::to_string(line);
+  std::string s = "line " + std::to_string(at.line);
+  if (lines_.place(from_line).file != at.file) s += " of " + at.file;
   return s;
 }
 

@@ -10,9 +10,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "hints/family.h"
+#include "hints/line_map.h"
 
 namespace sorvel {
 
@@ -21,6 +21,7 @@ class DataHints : public Family {
   using Family::Family;
 
   void file_lines(int run_line, const char* file, int file_line) override;
+  void line_split(int line) override;
   void block_start(int line, int index, int I_NO, float SBEAT, double STIME,
                    bool in_beats) override;
   void block_end(int line) override;
@@ -34,12 +35,7 @@ class DataHints : public Family {
 
  private:
   // Where the run's lines come from, to name a line in a message.
-  struct FileLines {
-    int run_line;
-    std::string file;
-    int file_line;
-  };
-  std::vector<FileLines> files_;
+  LineMap lines_;
   std::string place(int line, int from_line) const;
 
   // The block being read (header line 0: none).

@@ -1,11 +1,15 @@
 #include "hints/families.h"
 
+#include "hints/data_hints.h"
+#include "hints/pitch_hints.h"
 #include "hints/preproc_hints.h"
 
 namespace sorvel {
 
 void add_families(const Run& run, Findings& out, std::vector<std::unique_ptr<Family>>& families) {
   families.push_back(std::make_unique<PreprocHints>(run, out));
+  families.push_back(std::make_unique<PitchHints>(run, out));
+  families.push_back(std::make_unique<DataHints>(run, out));
 }
 
 }  // namespace sorvel
