@@ -74,11 +74,12 @@ class Observer {
   virtual void rhythm_timed(int /*line*/, int /*begin*/, int /*end*/, float /*beat*/,
                             float /*beats*/, double /*seconds*/) {}
   // The block's end was reached by repeating the last value (or chord) of
-  // p-field P_NO `count` times, after its data list had given `given` values;
-  // `value` is the value repeated, as read, and `in_beats` says whether the
-  // block is counted in beats (else events).
-  virtual void block_filled(int /*line*/, int /*P_NO*/, float /*value*/, long /*given*/,
-                            long /*count*/, bool /*in_beats*/) {}
+  // p-field P_NO, making `count` more events; `value` is the value repeated,
+  // as read, `one_group` says whether the data list gave only that one value
+  // or chord, and `in_beats` whether the block is counted in beats (else
+  // events).
+  virtual void block_filled(int /*line*/, int /*P_NO*/, float /*value*/, long /*count*/,
+                            bool /*one_group*/, bool /*in_beats*/) {}
   // Weights that do not add up to 1, raised on run line `line` (its text
   // `text`): their values in order, and where each was written.
   virtual void weights_failed(int /*line*/, const char* /*text*/, const float* /*weights*/,

@@ -113,9 +113,9 @@ void HintsChecker::value_failed(int line, const char* text, int begin, int end, 
   each(line, [&](Family& f) { f.value_failed(line, text, begin, end, IN_TYPE); });
 }
 
-void HintsChecker::block_filled(int line, int P_NO, float value, long given, long count,
+void HintsChecker::block_filled(int line, int P_NO, float value, long count, bool one_group,
                                 bool in_beats) {
-  each(line, [&](Family& f) { f.block_filled(line, P_NO, value, given, count, in_beats); });
+  each(line, [&](Family& f) { f.block_filled(line, P_NO, value, count, one_group, in_beats); });
 }
 
 void HintsChecker::weights_failed(int line, const char* text, const float* weights,

@@ -47,7 +47,7 @@ class HintsChecker : public Observer {
   void rhythm_timed(int line, int begin, int end, float beat, float beats,
                     double seconds) override;
   void value_failed(int line, const char* text, int begin, int end, int IN_TYPE) override;
-  void block_filled(int line, int P_NO, float value, long given, long count,
+  void block_filled(int line, int P_NO, float value, long count, bool one_group,
                     bool in_beats) override;
   void weights_failed(int line, const char* text, const float* weights, const WeightSpan* at,
                       int count) override;

@@ -75,7 +75,8 @@ std::vector<long long> scaled(const float* w, int n, float sum, int& decimals) {
     long long used = 0;
     bool ok = true;
     for (int k = 0; k + 1 < n && ok; ++k) {
-      const long long u = std::llround(static_cast<double>(w[k]) / sum * static_cast<double>(whole));
+      const double share = static_cast<double>(w[k]) / static_cast<double>(sum);
+      const long long u = std::llround(share * static_cast<double>(whole));
       ok = w[k] == 0.0f || u > 0;
       units.push_back(u);
       used += u;
@@ -178,10 +179,11 @@ void DataHints::value_read(int line, const char* text, int begin, int end, int I
   out.push_back(std::move(f));
 }
 
-void DataHints::block_filled(int line, int P_NO, float value, long given, long count,
+void DataHints::block_filled(int line, int P_NO, float value, long count, bool one_group,
                              bool in_beats) {
-  // One value that fills the whole block is the usual way to write it.
-  if (!in_beats || given < 2 || count < 1) return;
+  // One value (or chord) that fills the whole block is the usual way to
+  // write it.
+  if (!in_beats || one_group || count < 1) return;
   const bool have_text = last_line_ > 0 && last_value_ == value;
   std::string shown = have_text ? quoted(last_text_) : decimal(static_cast<double>(value), 6);
   std::string message = "the data of p" + std::to_string(P_NO) +
@@ -267,8 +269,9 @@ void DataHints::error(int number, int line, const char* text, int pos) {
   const std::string block = "the block of i" + std::to_string(open_I_NO_) + " begun at " +
                             place(open_line_, line);
   if (number == kErrEofBeforeBrace) {
-    out.push_back(hint(line, pos, pos, "H17",
-                       "the input ends inside " + block + ": its \"}\" is missing."));
+    // Like the run's error, about the input as a whole.
+    out.push_back(
+        hint(0, 0, 0, "H17", "the input ends inside " + block + ": its \"}\" is missing."));
     return;
   }
   if (pos < 0 || static_cast<size_t>(pos) > std::strlen(text)) return;

@@ -27,7 +27,7 @@ class DataHints : public Family {
   void block_end(int line) override;
   void value_read(int line, const char* text, int begin, int end, int IN_TYPE,
                   float value) override;
-  void block_filled(int line, int P_NO, float value, long given, long count,
+  void block_filled(int line, int P_NO, float value, long count, bool one_group,
                     bool in_beats) override;
   void weights_failed(int line, const char* text, const float* weights, const WeightSpan* at,
                       int count) override;

@@ -56,13 +56,18 @@ int fill_to_end(Ctx& c, DataList& d) {
   if (last && last->next->fused) ++b.EVENTS;
   if (out_of_time(c)) return 0;
   if (!last) {
+    // Whether the data list gave one value or one chord (in p4 and later the
+    // last group leads from LUT, the block's first event when it is the
+    // only one), before the repeats move LUT on.
     const int given = b.EVENT_NO;
+    const bool one_group =
+        c.run.observer && (p.P_NO >= 4 ? p.LUT == b.note_list.handle->next : given <= 1);
     while (!out_of_time(c)) {
       int r = repeat_last(c, d);
       if (r) return r;
     }
     if (c.run.observer)
-      c.run.observer->block_filled(c.src.line, p.P_NO, p.LAST_VAL, given, b.EVENT_NO - given,
+      c.run.observer->block_filled(c.src.line, p.P_NO, p.LAST_VAL, b.EVENT_NO - given, one_group,
                                    b.ETIME >= 0.0f);
     return 0;
   }

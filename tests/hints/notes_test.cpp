@@ -41,10 +41,10 @@ class BothFamilies : public Observer {
     a_.value_failed(line, text, begin, end, IN_TYPE);
     b_.value_failed(line, text, begin, end, IN_TYPE);
   }
-  void block_filled(int line, int P_NO, float value, long given, long count,
+  void block_filled(int line, int P_NO, float value, long count, bool one_group,
                     bool in_beats) override {
-    a_.block_filled(line, P_NO, value, given, count, in_beats);
-    b_.block_filled(line, P_NO, value, given, count, in_beats);
+    a_.block_filled(line, P_NO, value, count, one_group, in_beats);
+    b_.block_filled(line, P_NO, value, count, one_group, in_beats);
   }
   void weights_failed(int line, const char* text, const float* weights, const WeightSpan* at,
                       int count) override {
@@ -244,8 +244,8 @@ TEST_F(NotesHints, DataThatRunsShortInABlockOfBeats) {
 TEST_F(NotesHints, CorrectInputGivesNothing) {
   // The same music written as the language means it: accidentals s, f, n;
   // quarter tones after "nox"; decimals with a point; rhythm ties with ",";
-  // lists with commas; weights that add up; a single value, or a loop, that
-  // fills a block; a block counted in events.
+  // lists with commas; weights that add up; one value, one chord or a loop
+  // that fills a block of beats; a block counted in events.
   EXPECT_EQ(hints("i1 = 5 0 8 {\n"
                   "p2 rh 2,8 4 < 8 8 >\n"
                   "p3 1\n"
@@ -257,6 +257,12 @@ TEST_F(NotesHints, CorrectInputGivesNothing) {
                   "p3 1\n"
                   "p4 1 2\n"
                   "p5 nox c+4 ds-4 bf se(-3 .5 [c e] .5 g)\n"
+                  "}\n"
+                  "i3 = 5 14 4 {\n"
+                  "p2 1\n"
+                  "p3 1\n"
+                  "p4 7\n"
+                  "p5 no c'e'g\n"
                   "}\n"),
             std::vector<std::string>{});
   EXPECT_EQ(status, 0);
@@ -294,7 +300,7 @@ TEST(NotesHintsOpenBlock, AHeaderOrTheEndInsideAnOpenBlock) {
                            "data is passed over up to the next p-field line, and a header with "
                            "no \"}\" before it is passed over with it: close that block with "
                            "\"}\" before the next header.",
-                       "11:0-0 H17 the input ends inside " + open +
+                       "0:0-0 H17 the input ends inside " + open +
                            " of part.sor: its \"}\" is missing.",
                    }));
   // After "}", nothing is open.
