@@ -61,10 +61,11 @@ extern "C" int sorvel_run_in_memory(int argc, char** argv, const char* err_path,
 
 // The same run, with its piano roll: when the run succeeds, the SVG text of
 // the roll (drawn at `width` pixels; above `max_notes` notes, when that is
-// not negative, as a density image) is written to svg_path.
+// not negative, as a density image) is written to svg_path, and the number
+// of notes the roll holds to *notes.
 extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
                                     const char* out_path, const char* svg_path, int width,
-                                    int max_notes) {
+                                    int max_notes, int* notes) {
   FILE* err;
   FILE* out;
   if (!open_streams(err_path, out_path, err, out)) return -1;
@@ -81,6 +82,7 @@ extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
     sorvel::RollSink sink(roll, options);
     status = sorvel::run_sorvel(run, argc, argv, {&sink});
     if (status == 0) drawn = write_roll(run, roll, options, svg_path);
+    *notes = static_cast<int>(std::min<size_t>(roll.notes.size(), 0x7fffffff));
   }
   std::fclose(err);
   std::fclose(out);

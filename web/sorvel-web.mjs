@@ -17,7 +17,8 @@
 //
 // With `roll: true` (or `roll: { width, maxNotes }`: as sorvel-roll's --width
 // and --max-notes), the run also draws its piano roll as sorvel-roll does:
-// `result.roll` is the SVG text when the run succeeds, else null.
+// `result.roll` is the SVG text when the run succeeds, else null, and
+// `result.rollNotes` the number of notes it shows.
 import createSorvelCore from './sorvel-core.mjs';
 
 const WORK = '/work';
@@ -114,14 +115,17 @@ export async function loadSorvel() {
     }
     const argv = cStrings(['sorvel', ...args]);
     const paths = cStrings([`${STREAMS}/stderr`, `${STREAMS}/stdout`, `${STREAMS}/roll.svg`]);
+    const notes = roll ? core._malloc(4) : 0;
     if (roll && FS.analyzePath(`${STREAMS}/roll.svg`).exists) FS.unlink(`${STREAMS}/roll.svg`);
     let status;
+    let rollNotes = 0;
     try {
       if (roll) {
         const width = typeof roll === 'object' && roll.width ? roll.width : 1000;
         const most = typeof roll === 'object' && roll.maxNotes >= 0 ? roll.maxNotes : -1;
         status = core._sorvel_run_with_roll(argv.pointers.length, argv.array, paths.pointers[0],
-                                            paths.pointers[1], paths.pointers[2], width, most);
+                                            paths.pointers[1], paths.pointers[2], width, most, notes);
+        rollNotes = core.HEAP32[notes >> 2];
       } else {
         status = core._sorvel_run_in_memory(argv.pointers.length, argv.array, paths.pointers[0],
                                             paths.pointers[1]);
@@ -132,6 +136,7 @@ export async function loadSorvel() {
     } finally {
       argv.free();
       paths.free();
+      if (notes) core._free(notes);
     }
     if (status === -2) throw new Error('Sorvel could not write the piano roll');
     if (status < 0) throw new Error('Sorvel could not capture its streams');
@@ -152,6 +157,7 @@ export async function loadSorvel() {
     };
     if (roll) {
       result.roll = status === 0 ? decoder.decode(FS.readFile(`${STREAMS}/roll.svg`)) : null;
+      result.rollNotes = status === 0 ? rollNotes : 0;
     }
     return result;
   }

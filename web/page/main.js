@@ -6,15 +6,11 @@ import { EditorView, Decoration, keymap, lineNumbers, drawSelection,
 import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
 import { sorvelLanguage, sorvelHighlight } from './sorvel-mode.js';
 import { examples, includes, orchestra } from './examples.gen.js';
-import { errorPlace } from './messages.js';
 import { packShare, unpackShare } from './share.js';
 import { renderWav } from './play.js';
+import { ScoreView } from './score-view.js';
 
 const DEBOUNCE_MS = 120;
-// The score panel shows this many lines at most (Download score has them all).
-const SCORE_LINES = 2000;
-// A roll of more notes is shown as a picture, not as elements of the page.
-const INLINE_ROLL_NOTES = 2000;
 const $ = (id) => document.querySelector(`[data-testid="${id}"]`);
 
 // --- The error underline -----------------------------------------------------
@@ -67,6 +63,7 @@ let lastResult = null;
 let requestId = 0;
 let sentAt = new Map();
 let timer = null;
+let scoreView;
 const worker = new Worker(new URL('./worker.js', import.meta.url), { type: 'module' });
 
 // What tests and the curious can read: the latest run's figures.
@@ -76,62 +73,53 @@ window.sorvelPage = page;
 function schedule() {
   clearTimeout(timer);
   timer = setTimeout(send, DEBOUNCE_MS);
+  page.editing = true;
   $('status').textContent = 'editing…';
 }
 
 function send() {
   const id = ++requestId;
+  page.sent = id;
+  page.editing = false;
   sentAt.set(id, performance.now());
   $('status').textContent = 'running…';
   worker.postMessage({ id, input: input.state.doc.toString(), options: { ...options }, includes });
 }
 
+// A download link for `bytes`: the file is made when the link is clicked,
+// so that a run whose score nobody downloads costs no copy of it.
+const offered = new Map();
 function download(testid, name, bytes, type) {
   const link = $(testid);
+  if (!offered.has(testid)) {
+    link.addEventListener('click', (e) => {
+      const file = offered.get(testid);
+      if (!file.bytes) { e.preventDefault(); return; }
+      if (link.href) URL.revokeObjectURL(link.href);
+      link.href = URL.createObjectURL(new Blob([file.bytes], { type: file.type }));
+      link.download = file.name;
+    });
+  }
+  offered.set(testid, { name, bytes, type });
   if (link.href) URL.revokeObjectURL(link.href);
-  if (!bytes) {
-    link.removeAttribute('href');
-    link.classList.add('disabled');
-    return;
-  }
-  link.href = URL.createObjectURL(new Blob([bytes], { type }));
-  link.download = name;
-  link.classList.remove('disabled');
+  if (bytes) link.setAttribute('href', '#');
+  else link.removeAttribute('href');
+  link.classList.toggle('disabled', !bytes);
 }
 
-// The note list that -m prints among the messages.
-function noteList(stderr) {
-  return stderr.split('\n').filter((l) => /\t(?:ON|OFF)\t/.test(l)).join('\n');
+// Puts a panel's text in place, unless it already shows it.
+function setText(testid, text) {
+  const panel = $(testid);
+  if (panel.textContent !== text) panel.textContent = text;
 }
 
-function firstLines(text, most) {
-  let at = -1;
-  for (let i = 0; i < most; i++) {
-    at = text.indexOf('\n', at + 1);
-    if (at < 0) return text;
-  }
-  if (at === text.length - 1) return text;
-  let more = 0;
-  for (let i = at; i >= 0; i = text.indexOf('\n', i + 1)) more++;
-  return `${text.slice(0, at + 1)}… and ${more - 1} more lines\n`;
-}
-
-let rollUrl = null;
-function showRoll(svg, notes) {
-  const panel = $('roll');
-  if (rollUrl) URL.revokeObjectURL(rollUrl);
-  rollUrl = null;
-  if (notes <= INLINE_ROLL_NOTES) {
-    panel.innerHTML = svg;
-    return;
-  }
-  rollUrl = URL.createObjectURL(new Blob([svg], { type: 'image/svg+xml' }));
-  const img = new Image();
-  img.alt = `piano roll of ${notes} notes`;
-  img.dataset.notes = String(notes);
-  img.decoding = 'async';
-  img.src = rollUrl;
-  panel.replaceChildren(img);
+// The roll's picture: one element per note, or a density image of a large
+// run; left as it stands when the run drew the same picture.
+let rollShown = null;
+function showRoll(svg) {
+  if (svg === rollShown) return;
+  rollShown = svg;
+  $('roll').innerHTML = svg;
 }
 
 // The hints panel: each finding with its line, or why there are none.
@@ -149,24 +137,27 @@ function showHints(hints) {
   if (!hints.length) panel.textContent = 'no hints';
 }
 
+// Resolves once what the page changed is on the screen: after the next frame.
+function painted() {
+  return new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve, 0)));
+}
+
 function show(result) {
   const started = sentAt.get(result.id);
   sentAt.delete(result.id);
   if (result.id !== requestId) return;  // an older run: a newer one is coming
   lastResult = result;
   if (result.failed) {
-    $('messages').textContent = `Sorvel stopped: ${result.failed}`;
+    setText('messages', `Sorvel stopped: ${result.failed}`);
     return;
   }
-  $('messages').textContent = firstLines(result.stderr + result.stdout, SCORE_LINES);
+  const arrivedMs = performance.now() - started;
+  setText('messages', result.messages);
   $('messages').classList.toggle('failed', result.status !== 0);
-  const place = result.status !== 0 ? errorPlace(result.stderr) : null;
-  input.dispatch({ effects: setError.of(errorMarks(input.state.doc, place)) });
-  const decoder = new TextDecoder();
+  input.dispatch({ effects: setError.of(errorMarks(input.state.doc, result.error)) });
   if (result.status === 0) {
-    const text = options.m ? noteList(result.stderr) : decoder.decode(result.outBytes || new Uint8Array());
-    $('score').textContent = firstLines(text, SCORE_LINES);
-    showRoll(result.roll || '', result.rollNotes);
+    scoreView.show(result.score, result.starts);
+    showRoll(result.roll || '');
   }
   showHints(result.hints);
   $('score').classList.toggle('stale', result.status !== 0);
@@ -178,12 +169,19 @@ function show(result) {
     download('download-score', 'piece.sco', ok, 'text/plain');
   }
   $('play').disabled = result.status !== 0 || options.m;
-  const shownMs = performance.now() - started;
-  page.renders++;
-  page.last = { id: result.id, status: result.status, runMs: result.runMs, shownMs,
-                outBytes: result.outBytes ? result.outBytes.length : 0, rollNotes: result.rollNotes };
-  $('status').textContent = result.status === 0
-    ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
+  const shownMs = performance.now() - started;  // the page's part: shownMs - arrivedMs
+  // (A run that ended while the composer goes on typing shows what it
+  // found, but the status stays "editing" until the next run is sent.)
+  if (!page.editing) {
+    $('status').textContent = result.status === 0
+      ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
+  }
+  painted().then(() => {
+    page.renders++;
+    page.last = { id: result.id, status: result.status, ranMs: result.ranMs, runMs: result.runMs,
+                  arrivedMs, shownMs, paintedMs: performance.now() - started,
+                  outBytes: result.outBytes ? result.outBytes.length : 0, rollNotes: result.rollNotes };
+  });
 }
 
 worker.onmessage = (e) => show(e.data);
@@ -246,6 +244,7 @@ async function start() {
   }
   Object.assign(options, initial.options || {});
   input = makeEditor($('editor'), initial.input, sorvelLanguage, schedule);
+  scoreView = new ScoreView($('score'));
   orc = makeEditor($('orchestra'), initial.orchestra ?? orchestra, null, () => {});
   for (const key of ['s', 't', 'm']) {
     const box = $(`option-${key}`);
@@ -266,6 +265,7 @@ async function start() {
   page.ready = true;
   page.input = input;
   page.orchestra = orc;
+  page.scoreText = () => scoreView.wholeText();
   send();
 }
 

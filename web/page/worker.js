@@ -1,17 +1,24 @@
 // The page's Sorvel runs, away from the editor: each request runs the input
 // with the chosen options (and the roll), and only the latest request waiting
 // is run, so a burst of keystrokes costs one run.
+//
+// Everything the page shows is made ready here, so that the page's own
+// thread only puts it in place: where each line of the score starts (the
+// page decodes only the lines in sight), the first lines of the messages,
+// where the error is, and the roll's picture. The score's bytes are handed
+// over, not copied.
 import { loadSorvel } from '../dist/sorvel-web.mjs';
+import { errorPlace } from './messages.js';
+import { lineStarts } from './score-view.js';
 
 const ready = loadSorvel();
-// Past this many notes the roll is a density image: quick to draw and show.
-const ROLL_MOST_NOTES = 20000;
+// Past this many notes the roll is a density image (sorvel-roll's
+// --max-notes): a few hundred cells instead of one element per note.
+const ROLL_MOST_NOTES = 2000;
+// The messages panel shows this many lines at most.
+const SHOWN_LINES = 500;
 
-function countNotes(svg) {
-  let n = 0;
-  for (let at = svg.indexOf('<rect class="note"'); at >= 0; at = svg.indexOf('<rect class="note"', at + 1)) n++;
-  return n;
-}
+const encoder = new TextEncoder();
 let latest = null;
 let scheduled = false;
 
@@ -21,6 +28,30 @@ function argsFor(options) {
   if (options.t) args.push('-t');
   if (options.m) args.push('-m');
   return args;
+}
+
+// The first `most` lines of a text, and how many lines it has.
+function firstLines(text, most) {
+  let at = -1;
+  let lines = 0;
+  while (lines < most) {
+    at = text.indexOf('\n', at + 1);
+    if (at < 0) return { text, more: 0 };
+    lines++;
+  }
+  let more = 0;
+  for (let i = text.indexOf('\n', at + 1); i >= 0; i = text.indexOf('\n', i + 1)) more++;
+  if (text.length > 0 && text[text.length - 1] !== '\n') more++;
+  return { text: text.slice(0, at + 1), more };
+}
+
+function shown({ text, more }) {
+  return more ? `${text}… and ${more} more lines\n` : text;
+}
+
+// The note list that -m prints among the messages.
+function noteList(stderr) {
+  return stderr.split('\n').filter((l) => /\t(?:ON|OFF)\t/.test(l)).join('\n');
 }
 
 async function runLatest() {
@@ -33,31 +64,45 @@ async function runLatest() {
   const files = { ...request.includes, 'piece.sor': request.input };
   const started = performance.now();
   let reply;
+  const transfer = [];
   try {
     const result = sorvel.run({
       args: [...argsFor(request.options), 'piece.sor', output],
       files,
       roll: { width: 1000, maxNotes: ROLL_MOST_NOTES },
     });
-    const outBytes = result.files[output] || null;
+    const ranMs = performance.now() - started;
+    const outBytes = result.status === 0 ? result.files[output] || null : null;
+    // The score panel: the score, or with -m the note list.
+    let score = null;
+    let starts = null;
+    if (result.status === 0) {
+      score = request.options.m ? encoder.encode(noteList(result.stderr)) : outBytes || new Uint8Array();
+      starts = lineStarts(score);
+      transfer.push(starts.buffer);
+      if (score !== outBytes) transfer.push(score.buffer);
+    }
+    if (outBytes) transfer.push(outBytes.buffer);
     reply = {
       id: request.id,
       status: result.status,
-      stderr: result.stderr,
-      stdout: result.stdout,
+      messages: shown(firstLines(result.stderr + result.stdout, SHOWN_LINES)),
+      error: result.status !== 0 ? errorPlace(result.stderr) : null,
       output,
       outBytes,
+      score,
+      starts,
       roll: result.roll,
-      rollNotes: result.roll ? countNotes(result.roll) : 0,
-      // The findings of sorvel-hints go here once the browser entry runs it:
-      // [{ line, column, length, text, fix }].
+      rollNotes: result.rollNotes,
+      // The findings of sorvel-hints go here once the browser entry runs it.
       hints: null,
+      ranMs,
       runMs: performance.now() - started,
     };
   } catch (e) {
     reply = { id: request.id, failed: String(e), runMs: performance.now() - started };
   }
-  postMessage(reply);
+  postMessage(reply, transfer);
 }
 
 onmessage = (event) => {
