@@ -9,6 +9,7 @@ import { examples, includes, orchestra } from './examples.gen.js';
 import { packShare, unpackShare } from './share.js';
 import { renderWav } from './play.js';
 import { ScoreView } from './score-view.js';
+import { Hints } from './hints.js';
 
 const DEBOUNCE_MS = 120;
 const $ = (id) => document.querySelector(`[data-testid="${id}"]`);
@@ -25,11 +26,18 @@ const errorField = StateField.define({
   provide: (f) => EditorView.decorations.from(f),
 });
 
+// The error's underline: under the word the caret points to, or, for an
+// error in an include file, under the "#include" that brought it in.
 function errorMarks(doc, place) {
   if (!place || place.line < 1 || place.line > doc.lines) return Decoration.none;
   const line = doc.line(place.line);
   let from = line.from + Math.min(place.column, line.length);
   let to = from;
+  const directive = place.file ? /#include\s*\|[^|]*\|?/.exec(line.text) : null;
+  if (directive) {
+    from = line.from + directive.index;
+    to = from + directive[0].length;
+  }
   while (to < line.to && !/\s/.test(doc.sliceString(to, to + 1))) to++;
   if (to === from) {
     if (from < line.to) to = from + 1;
@@ -37,11 +45,13 @@ function errorMarks(doc, place) {
     else return Decoration.none;
     if (to === from) to = from + 1;
   }
-  const mark = Decoration.mark({
-    class: 'cm-sorvel-error',
-    attributes: { 'data-line': String(place.line), 'data-column': String(place.column + 1),
-                  title: place.message },
-  });
+  const attributes = { 'data-line': String(place.line), 'data-column': String(place.column + 1),
+                       title: place.message };
+  if (place.file) {
+    attributes['data-file'] = place.file;
+    attributes.title = `${place.file}, line ${place.fileLine}: ${place.message}`;
+  }
+  const mark = Decoration.mark({ class: 'cm-sorvel-error', attributes });
   return Decoration.set([mark.range(from, to)]);
 }
 
@@ -50,8 +60,9 @@ function makeEditor(parent, doc, language, onChange) {
   const extensions = [
     lineNumbers(), history(), drawSelection(), highlightActiveLine(),
     keymap.of([...defaultKeymap, ...historyKeymap]),
-    EditorView.updateListener.of((u) => { if (u.docChanged) onChange(); }),
   ];
+  if (onChange) extensions.push(EditorView.updateListener.of((u) => { if (u.docChanged) onChange(); }));
+  else extensions.push(EditorState.readOnly.of(true), EditorView.editable.of(false));
   if (language) extensions.push(language, sorvelHighlight, errorField);
   return new EditorView({ state: EditorState.create({ doc, extensions }), parent });
 }
@@ -64,6 +75,7 @@ let requestId = 0;
 let sentAt = new Map();
 let timer = null;
 let scoreView;
+let hints;
 const worker = new Worker(new URL('./worker.js', import.meta.url), { type: 'module' });
 
 // What tests and the curious can read: the latest run's figures.
@@ -122,21 +134,6 @@ function showRoll(svg) {
   $('roll').innerHTML = svg;
 }
 
-// The hints panel: each finding with its line, or why there are none.
-function showHints(hints) {
-  const panel = $('hints');
-  if (!hints) {
-    panel.textContent = '(hints appear here once sorvel-hints is built into the page)';
-    return;
-  }
-  panel.replaceChildren(...hints.map((h) => {
-    const item = document.createElement('div');
-    item.textContent = `line ${h.line}: ${h.text}`;
-    return item;
-  }));
-  if (!hints.length) panel.textContent = 'no hints';
-}
-
 // Resolves once what the page changed is on the screen: after the next frame.
 function painted() {
   return new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve, 0)));
@@ -154,12 +151,15 @@ function show(result) {
   const arrivedMs = performance.now() - started;
   setText('messages', result.messages);
   $('messages').classList.toggle('failed', result.status !== 0);
+  // A failed run's error is its last message: in sight.
+  if (result.status !== 0) $('messages').scrollTop = $('messages').scrollHeight;
   input.dispatch({ effects: setError.of(errorMarks(input.state.doc, result.error)) });
+  showErrorPlace(result.error);
   if (result.status === 0) {
     scoreView.show(result.score, result.starts);
     showRoll(result.roll || '');
   }
-  showHints(result.hints);
+  hints.show(result.hints);
   $('score').classList.toggle('stale', result.status !== 0);
   $('roll').classList.toggle('stale', result.status !== 0);
   const ok = result.status === 0 ? result.outBytes : null;
@@ -186,6 +186,47 @@ function show(result) {
 
 worker.onmessage = (e) => show(e.data);
 
+// --- An include file, read-only ----------------------------------------------
+let included = null;
+function openInclude(file, line, column, message) {
+  const text = includes[file];
+  if (text === undefined) return;
+  const tab = document.querySelector('.tab[data-tab="include"]');
+  tab.textContent = `${file} (read-only)`;
+  tab.hidden = false;
+  if (!included || included.file !== file) {
+    $('include-file').replaceChildren();
+    included = { file, view: makeEditor($('include-file'), text, sorvelLanguage, null) };
+  }
+  showTab('include');
+  const { view } = included;
+  const place = line ? { line, column: Math.max(0, (column || 1) - 1), message: message || '' } : null;
+  view.dispatch({ effects: setError.of(errorMarks(view.state.doc, place)) });
+  if (place && line <= view.state.doc.lines) {
+    view.dispatch({ effects: EditorView.scrollIntoView(view.state.doc.line(line).from, { y: 'center' }) });
+  }
+}
+
+// Above the messages, for an error in an include file: where it is, and a
+// link that shows it there.
+function showErrorPlace(error) {
+  const where = $('error-place');
+  if (!error || !error.file) {
+    where.hidden = true;
+    return;
+  }
+  where.hidden = false;
+  const link = document.createElement('a');
+  link.href = '#';
+  link.textContent = `${error.file}, line ${error.fileLine}${error.fileColumn ? `, column ${error.fileColumn}` : ''}`;
+  link.addEventListener('click', (e) => {
+    e.preventDefault();
+    openInclude(error.file, error.fileLine, error.fileColumn, error.message);
+  });
+  where.replaceChildren('The error is in the include file ', link,
+                        error.line ? ` (brought in by line ${error.line})` : '', ':');
+}
+
 // --- Examples, tabs, options, share, play ------------------------------------
 function setInput(text) {
   input.dispatch({ changes: { from: 0, to: input.state.doc.length, insert: text } });
@@ -199,6 +240,7 @@ function showTab(name) {
   for (const tab of document.querySelectorAll('.tab')) tab.classList.toggle('active', tab.dataset.tab === name);
   $('editor').hidden = name !== 'input';
   $('orchestra').hidden = name !== 'orchestra';
+  $('include-file').hidden = name !== 'include';
 }
 
 async function share() {
@@ -245,6 +287,7 @@ async function start() {
   Object.assign(options, initial.options || {});
   input = makeEditor($('editor'), initial.input, sorvelLanguage, schedule);
   scoreView = new ScoreView($('score'));
+  hints = new Hints(input, $('hints'), 'piece.sor', openInclude);
   orc = makeEditor($('orchestra'), initial.orchestra ?? orchestra, null, () => {});
   for (const key of ['s', 't', 'm']) {
     const box = $(`option-${key}`);

@@ -10,6 +10,7 @@
 import { loadSorvel } from '../dist/sorvel-web.mjs';
 import { errorPlace } from './messages.js';
 import { lineStarts } from './score-view.js';
+import { placeOfRunLine } from './places.js';
 
 const ready = loadSorvel();
 // Past this many notes the roll is a density image (sorvel-roll's
@@ -54,6 +55,24 @@ function noteList(stderr) {
   return stderr.split('\n').filter((l) => /\t(?:ON|OFF)\t/.test(l)).join('\n');
 }
 
+// Where the run's error is in the composer's files: { line, column (from
+// 0), message } in the input, and for an error in an include file, `file`,
+// `fileLine` and `fileColumn` (from 1) with `line` the input's line whose
+// "#include" brought the file in (0: not known). The messages number the
+// run's lines (include files spliced in); the checker's finding for the
+// error names its file, line and column, and the run's starts of files lead
+// from an include file back to the "#include" of the input.
+function errorIn(stderr, hints, main) {
+  const printed = errorPlace(stderr);
+  const own = hints && hints.findings.find((f) => f.severity === 'error');
+  if (!own || !own.line) return printed;
+  const message = printed ? printed.message : own.message;
+  if (own.file === main) return { line: own.line, column: Math.max(0, (own.column || 1) - 1), message };
+  const place = printed && placeOfRunLine(hints.lines, printed.line, main);
+  return { line: place && place.file === own.file ? place.via ?? 0 : 0, column: 0, message,
+           file: own.file, fileLine: own.line, fileColumn: own.column };
+}
+
 async function runLatest() {
   scheduled = false;
   const request = latest;
@@ -70,6 +89,7 @@ async function runLatest() {
       args: [...argsFor(request.options), 'piece.sor', output],
       files,
       roll: { width: 1000, maxNotes: ROLL_MOST_NOTES },
+      hints: true,
     });
     const ranMs = performance.now() - started;
     const outBytes = result.status === 0 ? result.files[output] || null : null;
@@ -87,15 +107,14 @@ async function runLatest() {
       id: request.id,
       status: result.status,
       messages: shown(firstLines(result.stderr + result.stdout, SHOWN_LINES)),
-      error: result.status !== 0 ? errorPlace(result.stderr) : null,
+      error: result.status !== 0 ? errorIn(result.stderr, result.hints, 'piece.sor') : null,
       output,
       outBytes,
       score,
       starts,
       roll: result.roll,
       rollNotes: result.rollNotes,
-      // The findings of sorvel-hints go here once the browser entry runs it.
-      hints: null,
+      hints: result.hints ? result.hints.findings : null,
       ranMs,
       runMs: performance.now() - started,
     };

@@ -1,8 +1,9 @@
 // The page in headless Chromium: typing, the score against the native
-// program byte for byte, the roll, an error's underline, the MIDI download,
-// the examples menu, a share link and Play. Prints the re-render times of a
-// 10,000-event and a 100,000-event piece (figures, not checks), and saves a
-// screenshot of the page in the artifacts folder.
+// program byte for byte, the roll, an error's underline (in the input, and in
+// an include file), a hint and its fix, the MIDI download, the examples menu,
+// a share link and Play. Prints the re-render times of a 10,000-event and a
+// 100,000-event piece (figures, not checks), and saves screenshots of the
+// page in the artifacts folder.
 //   node web/test/page.mjs <dist> <native sorvel> <artifacts folder>
 // Exits 77 (skipped) when Chromium or the page's packages are missing, unless
 // CI is set: there a missing tool is a failure.
@@ -130,6 +131,61 @@ try {
           'error underlined on line 3, column 7', JSON.stringify(at));
   }
   check(/ERROR: Line 3: P3 input must be "re" or "in"\./.test(await panel('messages')), 'messages show the error');
+
+  // --- An error inside an include file: the "#include" is underlined, the
+  // messages name the file and its line, and a link shows that line there.
+  // The input's LEAD comes first, so instruments.inc's own definition of it
+  // (its line 9) is the error.
+  await setInput('#define LEAD #3#\n#include |instruments.inc|\n');
+  await settled();
+  const incMark = page.locator('[data-testid="editor"] .cm-sorvel-error');
+  const inc = await incMark.evaluate((e) => ({ line: e.dataset.line, file: e.dataset.file, text: e.textContent,
+                                               title: e.title })).catch(() => null);
+  check(inc && inc.line === '2' && inc.file === 'instruments.inc' && inc.text === '#include |instruments.inc|',
+        'an error in an include file underlines the #include', JSON.stringify(inc));
+  const errorPlace = await panel('error-place');
+  check(/instruments\.inc, line 9, column 17/.test(errorPlace) && /line 2/.test(errorPlace),
+        'the messages name the include file, its line and column', errorPlace);
+  await page.locator('[data-testid="error-place"] a').click();
+  const shownInc = await page.locator('[data-testid="include-file"] .cm-sorvel-error').evaluate((e) => ({
+    line: e.dataset.line, column: e.dataset.column, lineText: e.closest('.cm-line').textContent,
+    visible: !e.closest('[data-testid="include-file"]').hidden })).catch((e) => String(e));
+  check(shownInc.visible && shownInc.line === '9' && shownInc.lineText === '#define LEAD #1#',
+        'the link shows the include file read-only with the error\'s line underlined', JSON.stringify(shownInc));
+  const readOnly = await page.evaluate(() => document.querySelector('[data-testid="include-file"] .cm-content').contentEditable);
+  check(readOnly === 'false', 'the include file cannot be edited', readOnly);
+  await page.locator('.tab[data-tab="input"]').click();
+
+  // --- A hint: underlined, its text on hover, its fix applied in one click.
+  // "$NOTS" names no macro; the nearest defined one is NOTE.
+  const hinted = '#define NOTE #p2 1#\n#define REST #p2 -1#\ni1 = 3 0 1 {\n $NOTS\n p3 1\n}\n';
+  await setInput(hinted);
+  await settled();
+  const hintRow = await panel('hints');
+  check(/line 4.*H10: the defined macro nearest to "NOTS" is "NOTE"/.test(hintRow), 'the hints panel lists the hint', hintRow);
+  const range = page.locator('[data-testid="editor"] .cm-lintRange');
+  const ranged = await range.evaluate((e) => ({ text: e.textContent, line: e.closest('.cm-line').textContent })).catch((e) => String(e));
+  check(ranged.text === 'NOTS' && ranged.line === ' $NOTS', 'the hint underlines the name in the editor', JSON.stringify(ranged));
+  await range.hover();
+  const tip = page.locator('.cm-tooltip-lint');
+  await tip.waitFor({ timeout: 5000 }).catch(() => {});
+  const tipText = await tip.textContent().catch(() => '');
+  mkdirSync(artifacts, { recursive: true });
+  await page.screenshot({ path: join(artifacts, 'hint.png') });
+  check(/the defined macro nearest to "NOTS" is "NOTE"/.test(tipText) && /Fix: NOTE/.test(tipText),
+        'hovering shows the hint and its fix', tipText);
+  await page.locator('.cm-tooltip-lint .cm-diagnosticAction').click();
+  const fixed = await settled();
+  const fixedText = await page.evaluate(() => window.sorvelPage.input.state.doc.toString());
+  check(fixedText === hinted.replace('$NOTS', '$NOTE') && fixed.status === 0 && await panel('hints') === 'no hints',
+        'the fix writes NOTE, and the piece runs without hints', JSON.stringify(fixedText));
+  // The panel's button does the same.
+  await setInput(hinted);
+  await settled();
+  await page.locator('[data-testid="hints"] [data-testid="fix"]').click();
+  await settled();
+  check(await page.evaluate(() => window.sorvelPage.input.state.doc.toString()) === hinted.replace('$NOTS', '$NOTE'),
+        'the hints panel\'s fix button writes NOTE');
 
   // --- -m: the note list, and a download of the native MIDI file's bytes.
   await setInput(small);
