@@ -89,13 +89,25 @@ function schedule() {
   $('status').textContent = 'editing…';
 }
 
+// Sends the input to be run, unless the latest run was of the same input
+// with the same options (an edit undone, an option set back): its panels
+// stand.
+let lastSent = null;
+let ranStatus = '';
 function send() {
+  const text = input.state.doc.toString();
+  const key = JSON.stringify(options);
+  page.editing = false;
+  if (lastSent && lastSent.text === text && lastSent.key === key && !sentAt.size) {
+    $('status').textContent = ranStatus;
+    return;
+  }
+  lastSent = { text, key };
   const id = ++requestId;
   page.sent = id;
-  page.editing = false;
   sentAt.set(id, performance.now());
   $('status').textContent = 'running…';
-  worker.postMessage({ id, input: input.state.doc.toString(), options: { ...options }, includes });
+  worker.postMessage({ id, input: text, options: { ...options }, includes });
 }
 
 // A download link for `bytes`: the file is made when the link is clicked,
@@ -141,7 +153,9 @@ function painted() {
 
 function show(result) {
   const started = sentAt.get(result.id);
-  sentAt.delete(result.id);
+  // (The worker runs only the latest of the requests waiting: the others
+  // get no reply.)
+  for (const id of sentAt.keys()) if (id <= result.id) sentAt.delete(id);
   if (result.id !== requestId) return;  // an older run: a newer one is coming
   lastResult = result;
   if (result.failed) {
@@ -172,10 +186,8 @@ function show(result) {
   const shownMs = performance.now() - started;  // the page's part: shownMs - arrivedMs
   // (A run that ended while the composer goes on typing shows what it
   // found, but the status stays "editing" until the next run is sent.)
-  if (!page.editing) {
-    $('status').textContent = result.status === 0
-      ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
-  }
+  ranStatus = result.status === 0 ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
+  if (!page.editing) $('status').textContent = ranStatus;
   painted().then(() => {
     page.renders++;
     page.last = { id: result.id, status: result.status, ranMs: result.ranMs, runMs: result.runMs,

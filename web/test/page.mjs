@@ -9,7 +9,7 @@
 // CI is set: there a missing tool is a failure.
 import { execFileSync } from 'node:child_process';
 import { existsSync, mkdtempSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { cpus, loadavg, tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
@@ -116,6 +116,15 @@ try {
   // Four quarter notes in four beats.
   const notes = await page.locator('[data-testid="roll"] rect.note').count();
   check(notes === 4, 'roll draws four notes', `got ${notes}`);
+  // A keystroke taken back before its run: nothing runs again.
+  const before = await page.evaluate(() => window.sorvelPage.sent);
+  await page.keyboard.type('x');
+  await page.keyboard.press('Backspace');
+  await page.waitForFunction(() => !window.sorvelPage.editing, null, { timeout: 5000 });
+  const after = await page.evaluate(() => ({ sent: window.sorvelPage.sent,
+    status: document.querySelector('[data-testid="status"]').textContent }));
+  check(after.sent === before && /^ran in/.test(after.status), 'an edit undone before its run does not run again',
+        JSON.stringify(after));
 
   // --- An error: underlined at the line and column the caret points to.
   await setInput('i1 = 5 0 4 {\np2 rh 4\np3 nox foo\n}\n');
@@ -303,7 +312,8 @@ try {
     await settled(120000);
     const fmt = (k) => `median ${median(times.map((t) => t[k])).toFixed(0)} (${times.map((t) => t[k].toFixed(0)).join(', ')})`;
     const last = times[times.length - 1];
-    console.log(`speed: ${events} events (a score of ${last.outBytes} bytes, ${last.rollNotes} notes in the roll):\n` +
+    console.log(`speed: ${events} events (a score of ${last.outBytes} bytes, ${last.rollNotes} notes in the roll; ` +
+                `${cpus().length} cores, load average ${loadavg()[0].toFixed(1)}):\n` +
                 `  Sorvel + roll in the worker: ${fmt('ranMs')} ms\n` +
                 `  worker reply ready: ${fmt('runMs')} ms; in the page: ${fmt('arrivedMs')} ms; panels set: ${fmt('shownMs')} ms\n` +
                 `  debounce end to the new panels painted: ${fmt('paintedMs')} ms\n` +
