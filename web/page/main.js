@@ -165,8 +165,8 @@ function show(result) {
   const arrivedMs = performance.now() - started;
   setText('messages', result.messages);
   $('messages').classList.toggle('failed', result.status !== 0);
-  // A failed run's error is its last message: in sight.
-  if (result.status !== 0) $('messages').scrollTop = $('messages').scrollHeight;
+  // A failed run's error is its last message: in sight; else from the top.
+  $('messages').scrollTop = result.status !== 0 ? $('messages').scrollHeight : 0;
   input.dispatch({ effects: setError.of(errorMarks(input.state.doc, result.error)) });
   showErrorPlace(result.error);
   if (result.status === 0) {
@@ -225,6 +225,9 @@ function showErrorPlace(error) {
   const where = $('error-place');
   if (!error || !error.file) {
     where.hidden = true;
+    // The include file's tab goes once it is neither needed nor in front.
+    const tab = document.querySelector('.tab[data-tab="include"]');
+    if (!tab.classList.contains('active')) tab.hidden = true;
     return;
   }
   where.hidden = false;
