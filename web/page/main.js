@@ -167,7 +167,8 @@ function show(result) {
   $('messages').classList.toggle('failed', result.status !== 0);
   // A failed run's error is its last message: in sight; else from the top.
   $('messages').scrollTop = result.status !== 0 ? $('messages').scrollHeight : 0;
-  input.dispatch({ effects: setError.of(errorMarks(input.state.doc, result.error)) });
+  const marks = errorMarks(input.state.doc, result.error);
+  if (marks.size || input.state.field(errorField).size) input.dispatch({ effects: setError.of(marks) });
   showErrorPlace(result.error);
   if (result.status === 0) {
     scoreView.show(result.score, result.starts);

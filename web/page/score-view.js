@@ -34,7 +34,6 @@ export class ScoreView {
   // The score: its bytes and the offset of each line's start, closed by the
   // length of the bytes.
   show(bytes, starts) {
-    if (bytes.length === this.bytes.length && starts.length === this.starts.length && same(bytes, this.bytes)) return;
     this.bytes = bytes;
     this.starts = starts;
     this.place(true);
@@ -69,25 +68,31 @@ export class ScoreView {
     }
     this.first = first;
     this.last = last;
-    this.spacer.style.height = `${n * this.lineHeight}px`;
-    this.text.style.top = `${first * this.lineHeight}px`;
-    this.text.textContent = this.slice(first, last);
+    // What is in the page already stays (a run that wrote the same score).
+    const height = `${n * this.lineHeight}px`;
+    const top = `${first * this.lineHeight}px`;
+    const text = this.slice(first, last);
+    if (this.spacer.style.height !== height) this.spacer.style.height = height;
+    if (this.text.style.top !== top) this.text.style.top = top;
+    if (this.text.textContent !== text) this.text.textContent = text;
   }
-}
-
-function same(a, b) {
-  for (let i = 0; i < a.length; i++) if (a[i] !== b[i]) return false;
-  return true;
 }
 
 // Where each line of `bytes` starts, closed by their length.
 export function lineStarts(bytes) {
-  let count = 0;
-  for (let at = bytes.indexOf(10); at >= 0; at = bytes.indexOf(10, at + 1)) count++;
-  const open = bytes.length > 0 && bytes[bytes.length - 1] !== 10;
-  const starts = new Uint32Array(count + (open ? 1 : 0) + 1);
+  let starts = new Uint32Array(1024);
   let k = 1;
-  for (let at = bytes.indexOf(10); at >= 0; at = bytes.indexOf(10, at + 1)) starts[k++] = at + 1;
-  starts[starts.length - 1] = bytes.length;
-  return starts;
+  const n = bytes.length;
+  for (let i = 0; i < n; i++) {
+    if (bytes[i] !== 10) continue;
+    if (k + 2 > starts.length) {
+      const more = new Uint32Array(starts.length * 2);
+      more.set(starts);
+      starts = more;
+    }
+    starts[k++] = i + 1;
+  }
+  if (n > 0 && bytes[n - 1] !== 10) k++;
+  starts[k - 1] = n;
+  return starts.slice(0, k);
 }
