@@ -131,10 +131,13 @@ function download(testid, name, bytes, type) {
   link.classList.toggle('disabled', !bytes);
 }
 
-// Puts a panel's text in place, unless it already shows it.
+// Puts a panel's text in place, unless it already shows it; true when it
+// changed.
 function setText(testid, text) {
   const panel = $(testid);
-  if (panel.textContent !== text) panel.textContent = text;
+  if (panel.textContent === text) return false;
+  panel.textContent = text;
+  return true;
 }
 
 // The roll's picture: one element per note, or a density image of a large
@@ -160,13 +163,14 @@ function show(result) {
   lastResult = result;
   if (result.failed) {
     setText('messages', `Sorvel stopped: ${result.failed}`);
+    $('status').textContent = 'Sorvel stopped: see the messages';
     return;
   }
   const arrivedMs = performance.now() - started;
-  setText('messages', result.messages);
+  const newMessages = setText('messages', result.messages);
   $('messages').classList.toggle('failed', result.status !== 0);
   // A failed run's error is its last message: in sight; else from the top.
-  $('messages').scrollTop = result.status !== 0 ? $('messages').scrollHeight : 0;
+  if (newMessages) $('messages').scrollTop = result.status !== 0 ? $('messages').scrollHeight : 0;
   const marks = errorMarks(input.state.doc, result.error);
   if (marks.size || input.state.field(errorField).size) input.dispatch({ effects: setError.of(marks) });
   showErrorPlace(result.error);
