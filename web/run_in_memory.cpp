@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "base/run_state.h"
 #include "driver/run_sorvel.h"
+#include "hints/checker.h"
+#include "hints/report.h"
 #include "roll/collect.h"
 #include "roll/roll.h"
 
@@ -40,6 +43,42 @@ bool write_roll(const sorvel::Run& run, sorvel::Roll& roll, const sorvel::RollOp
   return ok;
 }
 
+// The hints checker, keeping besides where each stretch of the run's lines
+// comes from, so that the page can lead from an include file back to the
+// "#include" that brought it in.
+class PageChecker : public sorvel::HintsChecker {
+ public:
+  using HintsChecker::HintsChecker;
+  void file_lines(int run_line, const char* file, int file_line) override {
+    starts.push_back({run_line, file ? file : "", file_line});
+    HintsChecker::file_lines(run_line, file, file_line);
+  }
+
+  struct Start {
+    int run_line;
+    std::string file;
+    int file_line;
+  };
+  std::vector<Start> starts;
+};
+
+// {"findings": [as sorvel-hints --json], "lines": [[run line, file, file line], ...]}
+bool write_hints(const std::vector<sorvel::PlacedFinding>& findings,
+                 const std::vector<PageChecker::Start>& starts, const char* path) {
+  std::string json = "{\"findings\": " + sorvel::json_report(findings) + ", \"lines\": [";
+  for (size_t i = 0; i < starts.size(); ++i) {
+    if (i) json += ", ";
+    json += "[" + std::to_string(starts[i].run_line) + ", " + sorvel::json_string(starts[i].file) +
+            ", " + std::to_string(starts[i].file_line) + "]";
+  }
+  json += "]}\n";
+  FILE* f = std::fopen(path, "wb");
+  if (!f) return false;
+  bool ok = std::fwrite(json.data(), 1, json.size(), f) == json.size();
+  ok = (std::fclose(f) == 0) && ok;
+  return ok;
+}
+
 }  // namespace
 
 extern "C" int sorvel_run_in_memory(int argc, char** argv, const char* err_path,
@@ -59,17 +98,25 @@ extern "C" int sorvel_run_in_memory(int argc, char** argv, const char* err_path,
   return status;
 }
 
-// The same run, with its piano roll: when the run succeeds, the SVG text of
-// the roll (drawn at `width` pixels; above `max_notes` notes, when that is
-// not negative, as a density image) is written to svg_path.
-extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
-                                    const char* out_path, const char* svg_path, int width,
-                                    int max_notes) {
-  FILE* err;
-  FILE* out;
-  if (!open_streams(err_path, out_path, err, out)) return -1;
+// The same run, watched: with `svg_path`, when the run succeeds, the SVG
+// text of its piano roll (drawn at `width` pixels; above `max_notes` notes,
+// when that is not negative, as a density image) is written there, and the
+// number of notes the roll holds to *notes; with `hints_path`, the hints
+// checker watches the run and its findings are written there (see
+// write_hints), whatever the outcome.
+extern "C" int sorvel_run_watched(int argc, char** argv, const char* err_path,
+                                  const char* out_path, const char* svg_path,
+                                  const char* hints_path, int width, int max_notes, int* notes) {
+  // The checker reads the run's messages back: the messages' file is read
+  // as well as written.
+  FILE* err = std::fopen(err_path, "w+b");
+  FILE* out = err ? std::fopen(out_path, "wb") : nullptr;
+  if (!out) {
+    if (err) std::fclose(err);
+    return -1;
+  }
   int status;
-  bool drawn = true;
+  bool written = true;
   {
     sorvel::Run run;
     run.screen = err;
@@ -79,10 +126,19 @@ extern "C" int sorvel_run_with_roll(int argc, char** argv, const char* err_path,
     if (max_notes >= 0) options.max_notes = static_cast<size_t>(max_notes);
     sorvel::Roll roll;
     sorvel::RollSink sink(roll, options);
-    status = sorvel::run_sorvel(run, argc, argv, {&sink});
-    if (status == 0) drawn = write_roll(run, roll, options, svg_path);
+    PageChecker checker(run);
+    if (hints_path) {
+      checker.capture(err);
+      run.observer = &checker;
+    }
+    std::vector<sorvel::BlockSink*> sinks;
+    if (svg_path) sinks.push_back(&sink);
+    status = sorvel::run_sorvel(run, argc, argv, sinks);
+    if (svg_path && status == 0) written = write_roll(run, roll, options, svg_path);
+    *notes = static_cast<int>(std::min<size_t>(roll.notes.size(), 0x7fffffff));
+    if (hints_path) written = write_hints(checker.finish(status), checker.starts, hints_path) && written;
   }
   std::fclose(err);
   std::fclose(out);
-  return drawn ? status : -2;
+  return written ? status : -2;
 }

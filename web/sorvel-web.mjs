@@ -17,7 +17,13 @@
 //
 // With `roll: true` (or `roll: { width, maxNotes }`: as sorvel-roll's --width
 // and --max-notes), the run also draws its piano roll as sorvel-roll does:
-// `result.roll` is the SVG text when the run succeeds, else null.
+// `result.roll` is the SVG text when the run succeeds, else null, and
+// `result.rollNotes` the number of notes it shows.
+//
+// With `hints: true`, the hints checker of sorvel-hints watches the run:
+// `result.hints` is { findings, lines }: the findings as sorvel-hints --json
+// writes them, and where the run's lines come from ([run line, file, line of
+// the file] from each point on, in the order the run read them).
 import createSorvelCore from './sorvel-core.mjs';
 
 const WORK = '/work';
@@ -102,7 +108,7 @@ export async function loadSorvel() {
     return { array, pointers, free() { pointers.forEach((p) => core._free(p)); core._free(array); } };
   }
 
-  function run({ args = [], files = {}, roll = false } = {}) {
+  function run({ args = [], files = {}, roll = false, hints = false } = {}) {
     if (broken) throw new Error(`Sorvel's module stopped in an earlier run (${broken}); load it again`);
     removeTree(FS, WORK);
     FS.chdir(WORK);
@@ -113,15 +119,22 @@ export async function loadSorvel() {
       given.set(name, bytes);
     }
     const argv = cStrings(['sorvel', ...args]);
-    const paths = cStrings([`${STREAMS}/stderr`, `${STREAMS}/stdout`, `${STREAMS}/roll.svg`]);
-    if (roll && FS.analyzePath(`${STREAMS}/roll.svg`).exists) FS.unlink(`${STREAMS}/roll.svg`);
+    const paths = cStrings([`${STREAMS}/stderr`, `${STREAMS}/stdout`, `${STREAMS}/roll.svg`,
+                            `${STREAMS}/hints.json`]);
+    const notes = core._malloc(4);
+    for (const name of ['roll.svg', 'hints.json']) {
+      if (FS.analyzePath(`${STREAMS}/${name}`).exists) FS.unlink(`${STREAMS}/${name}`);
+    }
     let status;
+    let rollNotes = 0;
     try {
-      if (roll) {
+      if (roll || hints) {
         const width = typeof roll === 'object' && roll.width ? roll.width : 1000;
         const most = typeof roll === 'object' && roll.maxNotes >= 0 ? roll.maxNotes : -1;
-        status = core._sorvel_run_with_roll(argv.pointers.length, argv.array, paths.pointers[0],
-                                            paths.pointers[1], paths.pointers[2], width, most);
+        status = core._sorvel_run_watched(argv.pointers.length, argv.array, paths.pointers[0],
+                                          paths.pointers[1], roll ? paths.pointers[2] : 0,
+                                          hints ? paths.pointers[3] : 0, width, most, notes);
+        rollNotes = core.HEAP32[notes >> 2];
       } else {
         status = core._sorvel_run_in_memory(argv.pointers.length, argv.array, paths.pointers[0],
                                             paths.pointers[1]);
@@ -132,8 +145,9 @@ export async function loadSorvel() {
     } finally {
       argv.free();
       paths.free();
+      core._free(notes);
     }
-    if (status === -2) throw new Error('Sorvel could not write the piano roll');
+    if (status === -2) throw new Error('Sorvel could not write the piano roll or the hints');
     if (status < 0) throw new Error('Sorvel could not capture its streams');
     const stderrBytes = FS.readFile(`${STREAMS}/stderr`);
     const stdoutBytes = FS.readFile(`${STREAMS}/stdout`);
@@ -152,7 +166,9 @@ export async function loadSorvel() {
     };
     if (roll) {
       result.roll = status === 0 ? decoder.decode(FS.readFile(`${STREAMS}/roll.svg`)) : null;
+      result.rollNotes = status === 0 ? rollNotes : 0;
     }
+    if (hints) result.hints = JSON.parse(decoder.decode(FS.readFile(`${STREAMS}/hints.json`)));
     return result;
   }
 

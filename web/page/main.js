@@ -6,15 +6,12 @@ import { EditorView, Decoration, keymap, lineNumbers, drawSelection,
 import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
 import { sorvelLanguage, sorvelHighlight } from './sorvel-mode.js';
 import { examples, includes, orchestra } from './examples.gen.js';
-import { errorPlace } from './messages.js';
 import { packShare, unpackShare } from './share.js';
 import { renderWav } from './play.js';
+import { ScoreView } from './score-view.js';
+import { Hints } from './hints.js';
 
 const DEBOUNCE_MS = 120;
-// The score panel shows this many lines at most (Download score has them all).
-const SCORE_LINES = 2000;
-// A roll of more notes is shown as a picture, not as elements of the page.
-const INLINE_ROLL_NOTES = 2000;
 const $ = (id) => document.querySelector(`[data-testid="${id}"]`);
 
 // --- The error underline -----------------------------------------------------
@@ -29,11 +26,18 @@ const errorField = StateField.define({
   provide: (f) => EditorView.decorations.from(f),
 });
 
+// The error's underline: under the word the caret points to, or, for an
+// error in an include file, under the "#include" that brought it in.
 function errorMarks(doc, place) {
   if (!place || place.line < 1 || place.line > doc.lines) return Decoration.none;
   const line = doc.line(place.line);
   let from = line.from + Math.min(place.column, line.length);
   let to = from;
+  const directive = place.file ? /#include\s*\|[^|]*\|?/.exec(line.text) : null;
+  if (directive) {
+    from = line.from + directive.index;
+    to = from + directive[0].length;
+  }
   while (to < line.to && !/\s/.test(doc.sliceString(to, to + 1))) to++;
   if (to === from) {
     if (from < line.to) to = from + 1;
@@ -41,11 +45,13 @@ function errorMarks(doc, place) {
     else return Decoration.none;
     if (to === from) to = from + 1;
   }
-  const mark = Decoration.mark({
-    class: 'cm-sorvel-error',
-    attributes: { 'data-line': String(place.line), 'data-column': String(place.column + 1),
-                  title: place.message },
-  });
+  const attributes = { 'data-line': String(place.line), 'data-column': String(place.column + 1),
+                       title: place.message };
+  if (place.file) {
+    attributes['data-file'] = place.file;
+    attributes.title = `${place.file}, line ${place.fileLine}: ${place.message}`;
+  }
+  const mark = Decoration.mark({ class: 'cm-sorvel-error', attributes });
   return Decoration.set([mark.range(from, to)]);
 }
 
@@ -54,8 +60,9 @@ function makeEditor(parent, doc, language, onChange) {
   const extensions = [
     lineNumbers(), history(), drawSelection(), highlightActiveLine(),
     keymap.of([...defaultKeymap, ...historyKeymap]),
-    EditorView.updateListener.of((u) => { if (u.docChanged) onChange(); }),
   ];
+  if (onChange) extensions.push(EditorView.updateListener.of((u) => { if (u.docChanged) onChange(); }));
+  else extensions.push(EditorState.readOnly.of(true), EditorView.editable.of(false));
   if (language) extensions.push(language, sorvelHighlight, errorField);
   return new EditorView({ state: EditorState.create({ doc, extensions }), parent });
 }
@@ -67,6 +74,8 @@ let lastResult = null;
 let requestId = 0;
 let sentAt = new Map();
 let timer = null;
+let scoreView;
+let hints;
 const worker = new Worker(new URL('./worker.js', import.meta.url), { type: 'module' });
 
 // What tests and the curious can read: the latest run's figures.
@@ -76,99 +85,100 @@ window.sorvelPage = page;
 function schedule() {
   clearTimeout(timer);
   timer = setTimeout(send, DEBOUNCE_MS);
+  page.editing = true;
   $('status').textContent = 'editing…';
 }
 
+// Sends the input to be run, unless the latest run was of the same input
+// with the same options (an edit undone, an option set back): its panels
+// stand.
+let lastSent = null;
+let ranStatus = '';
 function send() {
+  const text = input.state.doc.toString();
+  const key = JSON.stringify(options);
+  page.editing = false;
+  if (lastSent && lastSent.text === text && lastSent.key === key && !sentAt.size) {
+    $('status').textContent = ranStatus;
+    return;
+  }
+  lastSent = { text, key };
   const id = ++requestId;
+  page.sent = id;
   sentAt.set(id, performance.now());
   $('status').textContent = 'running…';
-  worker.postMessage({ id, input: input.state.doc.toString(), options: { ...options }, includes });
+  worker.postMessage({ id, input: text, options: { ...options }, includes });
 }
 
+// A download link for `bytes`: the file is made when the link is clicked,
+// so that a run whose score nobody downloads costs no copy of it.
+const offered = new Map();
 function download(testid, name, bytes, type) {
   const link = $(testid);
+  if (!offered.has(testid)) {
+    link.addEventListener('click', (e) => {
+      const file = offered.get(testid);
+      if (!file.bytes) { e.preventDefault(); return; }
+      if (link.href) URL.revokeObjectURL(link.href);
+      link.href = URL.createObjectURL(new Blob([file.bytes], { type: file.type }));
+      link.download = file.name;
+    });
+  }
+  offered.set(testid, { name, bytes, type });
   if (link.href) URL.revokeObjectURL(link.href);
-  if (!bytes) {
-    link.removeAttribute('href');
-    link.classList.add('disabled');
-    return;
-  }
-  link.href = URL.createObjectURL(new Blob([bytes], { type }));
-  link.download = name;
-  link.classList.remove('disabled');
+  if (bytes) link.setAttribute('href', '#');
+  else link.removeAttribute('href');
+  link.classList.toggle('disabled', !bytes);
 }
 
-// The note list that -m prints among the messages.
-function noteList(stderr) {
-  return stderr.split('\n').filter((l) => /\t(?:ON|OFF)\t/.test(l)).join('\n');
+// Puts a panel's text in place, unless it already shows it; true when it
+// changed.
+function setText(testid, text) {
+  const panel = $(testid);
+  if (panel.textContent === text) return false;
+  panel.textContent = text;
+  return true;
 }
 
-function firstLines(text, most) {
-  let at = -1;
-  for (let i = 0; i < most; i++) {
-    at = text.indexOf('\n', at + 1);
-    if (at < 0) return text;
-  }
-  if (at === text.length - 1) return text;
-  let more = 0;
-  for (let i = at; i >= 0; i = text.indexOf('\n', i + 1)) more++;
-  return `${text.slice(0, at + 1)}… and ${more - 1} more lines\n`;
+// The roll's picture: one element per note, or a density image of a large
+// run; left as it stands when the run drew the same picture.
+let rollShown = null;
+function showRoll(svg) {
+  if (svg === rollShown) return;
+  rollShown = svg;
+  $('roll').innerHTML = svg;
 }
 
-let rollUrl = null;
-function showRoll(svg, notes) {
-  const panel = $('roll');
-  if (rollUrl) URL.revokeObjectURL(rollUrl);
-  rollUrl = null;
-  if (notes <= INLINE_ROLL_NOTES) {
-    panel.innerHTML = svg;
-    return;
-  }
-  rollUrl = URL.createObjectURL(new Blob([svg], { type: 'image/svg+xml' }));
-  const img = new Image();
-  img.alt = `piano roll of ${notes} notes`;
-  img.dataset.notes = String(notes);
-  img.decoding = 'async';
-  img.src = rollUrl;
-  panel.replaceChildren(img);
-}
-
-// The hints panel: each finding with its line, or why there are none.
-function showHints(hints) {
-  const panel = $('hints');
-  if (!hints) {
-    panel.textContent = '(hints appear here once sorvel-hints is built into the page)';
-    return;
-  }
-  panel.replaceChildren(...hints.map((h) => {
-    const item = document.createElement('div');
-    item.textContent = `line ${h.line}: ${h.text}`;
-    return item;
-  }));
-  if (!hints.length) panel.textContent = 'no hints';
+// Resolves once what the page changed is on the screen: after the next frame.
+function painted() {
+  return new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve, 0)));
 }
 
 function show(result) {
   const started = sentAt.get(result.id);
-  sentAt.delete(result.id);
+  // (The worker runs only the latest of the requests waiting: the others
+  // get no reply.)
+  for (const id of sentAt.keys()) if (id <= result.id) sentAt.delete(id);
   if (result.id !== requestId) return;  // an older run: a newer one is coming
   lastResult = result;
   if (result.failed) {
-    $('messages').textContent = `Sorvel stopped: ${result.failed}`;
+    setText('messages', `Sorvel stopped: ${result.failed}`);
+    $('status').textContent = 'Sorvel stopped: see the messages';
     return;
   }
-  $('messages').textContent = firstLines(result.stderr + result.stdout, SCORE_LINES);
+  const arrivedMs = performance.now() - started;
+  const newMessages = setText('messages', result.messages);
   $('messages').classList.toggle('failed', result.status !== 0);
-  const place = result.status !== 0 ? errorPlace(result.stderr) : null;
-  input.dispatch({ effects: setError.of(errorMarks(input.state.doc, place)) });
-  const decoder = new TextDecoder();
+  // A failed run's error is its last message: in sight; else from the top.
+  if (newMessages) $('messages').scrollTop = result.status !== 0 ? $('messages').scrollHeight : 0;
+  const marks = errorMarks(input.state.doc, result.error);
+  if (marks.size || input.state.field(errorField).size) input.dispatch({ effects: setError.of(marks) });
+  showErrorPlace(result.error);
   if (result.status === 0) {
-    const text = options.m ? noteList(result.stderr) : decoder.decode(result.outBytes || new Uint8Array());
-    $('score').textContent = firstLines(text, SCORE_LINES);
-    showRoll(result.roll || '', result.rollNotes);
+    scoreView.show(result.score, result.starts);
+    showRoll(result.roll || '');
   }
-  showHints(result.hints);
+  hints.show(result.hints);
   $('score').classList.toggle('stale', result.status !== 0);
   $('roll').classList.toggle('stale', result.status !== 0);
   const ok = result.status === 0 ? result.outBytes : null;
@@ -178,15 +188,64 @@ function show(result) {
     download('download-score', 'piece.sco', ok, 'text/plain');
   }
   $('play').disabled = result.status !== 0 || options.m;
-  const shownMs = performance.now() - started;
-  page.renders++;
-  page.last = { id: result.id, status: result.status, runMs: result.runMs, shownMs,
-                outBytes: result.outBytes ? result.outBytes.length : 0, rollNotes: result.rollNotes };
-  $('status').textContent = result.status === 0
-    ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
+  const shownMs = performance.now() - started;  // the page's part: shownMs - arrivedMs
+  // (A run that ended while the composer goes on typing shows what it
+  // found, but the status stays "editing" until the next run is sent.)
+  ranStatus = result.status === 0 ? `ran in ${result.runMs.toFixed(0)} ms` : 'error: see the messages';
+  if (!page.editing) $('status').textContent = ranStatus;
+  painted().then(() => {
+    page.renders++;
+    page.last = { id: result.id, status: result.status, ranMs: result.ranMs, runMs: result.runMs,
+                  arrivedMs, shownMs, paintedMs: performance.now() - started,
+                  outBytes: result.outBytes ? result.outBytes.length : 0, rollNotes: result.rollNotes };
+  });
 }
 
 worker.onmessage = (e) => show(e.data);
+
+// --- An include file, read-only ----------------------------------------------
+let included = null;
+function openInclude(file, line, column, message) {
+  const text = includes[file];
+  if (text === undefined) return;
+  const tab = document.querySelector('.tab[data-tab="include"]');
+  tab.textContent = `${file} (read-only)`;
+  tab.hidden = false;
+  if (!included || included.file !== file) {
+    $('include-file').replaceChildren();
+    included = { file, view: makeEditor($('include-file'), text, sorvelLanguage, null) };
+  }
+  showTab('include');
+  const { view } = included;
+  const place = line ? { line, column: Math.max(0, (column || 1) - 1), message: message || '' } : null;
+  view.dispatch({ effects: setError.of(errorMarks(view.state.doc, place)) });
+  if (place && line <= view.state.doc.lines) {
+    view.dispatch({ effects: EditorView.scrollIntoView(view.state.doc.line(line).from, { y: 'center' }) });
+  }
+}
+
+// Above the messages, for an error in an include file: where it is, and a
+// link that shows it there.
+function showErrorPlace(error) {
+  const where = $('error-place');
+  if (!error || !error.file) {
+    where.hidden = true;
+    // The include file's tab goes once it is neither needed nor in front.
+    const tab = document.querySelector('.tab[data-tab="include"]');
+    if (!tab.classList.contains('active')) tab.hidden = true;
+    return;
+  }
+  where.hidden = false;
+  const link = document.createElement('a');
+  link.href = '#';
+  link.textContent = `${error.file}, line ${error.fileLine}${error.fileColumn ? `, column ${error.fileColumn}` : ''}`;
+  link.addEventListener('click', (e) => {
+    e.preventDefault();
+    openInclude(error.file, error.fileLine, error.fileColumn, error.message);
+  });
+  where.replaceChildren('The error is in the include file ', link,
+                        error.line ? ` (brought in by line ${error.line})` : '', ':');
+}
 
 // --- Examples, tabs, options, share, play ------------------------------------
 function setInput(text) {
@@ -201,6 +260,7 @@ function showTab(name) {
   for (const tab of document.querySelectorAll('.tab')) tab.classList.toggle('active', tab.dataset.tab === name);
   $('editor').hidden = name !== 'input';
   $('orchestra').hidden = name !== 'orchestra';
+  $('include-file').hidden = name !== 'include';
 }
 
 async function share() {
@@ -246,6 +306,8 @@ async function start() {
   }
   Object.assign(options, initial.options || {});
   input = makeEditor($('editor'), initial.input, sorvelLanguage, schedule);
+  scoreView = new ScoreView($('score'));
+  hints = new Hints(input, $('hints'), 'piece.sor', openInclude);
   orc = makeEditor($('orchestra'), initial.orchestra ?? orchestra, null, () => {});
   for (const key of ['s', 't', 'm']) {
     const box = $(`option-${key}`);
@@ -266,6 +328,7 @@ async function start() {
   page.ready = true;
   page.input = input;
   page.orchestra = orc;
+  page.scoreText = () => scoreView.wholeText();
   send();
 }
 
