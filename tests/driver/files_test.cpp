@@ -227,25 +227,34 @@ TEST_P(Files, SpecialFilesAreWrittenDirectly) {
   EXPECT_EQ(run({"in.sor", "folder"}).screen, "\nERROR: Can't open \"folder\".\n\n");
 }
 
-TEST_P(Files, TwoNamesForAFileThatDoesNotExistAreRefused) {
+TEST_P(Files, TwoNamesForOneFileAreRefusedWhetherOrNotItExists) {
   write("a.sor", kBlock);
   fs::create_directory(path("sub"));
   fs::create_symlink("o.sco", path("link.sco"));  // dangling: writing it makes o.sco
+  ASSERT_EQ(link(path("a.sor").c_str(), path("hard.sor").c_str()), 0);
+  fs::create_symlink("a.sor", path("soft.sor"));
+  const std::string up = "../" + fs::path(dir).filename().string() + "/a.sor";
   const std::vector<std::vector<std::string>> lines = {
       {"-l", "./o.sco", "a.sor", "o.sco"},
       {"-x", "o.sco", "a.sor", "sub/../o.sco"},
       {"-l", "run.log", "-x", "./run.log", "a.sor", "o.sco"},
       {"-l", "link.sco", "a.sor", "o.sco"},
       {"x", "./x"},  // an input that does not exist either
+      // Names of the existing input: a path through "..", a hard link, a symbolic link.
+      {"-l", up, "a.sor", "o.sco"},
+      {"hard.sor", "a.sor"},
+      {"-x", "soft.sor", "a.sor", "o.sco"},
   };
   for (const auto& args : lines) {
     const Result r = run(args);
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.screen, kDuplicate);
   }
+  EXPECT_EQ(read("a.sor"), kBlock);
   // Names alike but for their directory are two files.
   EXPECT_EQ(run({"-s", "-l", "sub/o.sco", "a.sor", "o.sco"}).status, 0);
-  EXPECT_EQ(names(), (std::set<std::string>{"a.sor", "sub", "link.sco", "o.sco"}));
+  EXPECT_EQ(names(),
+            (std::set<std::string>{"a.sor", "hard.sor", "soft.sor", "sub", "link.sco", "o.sco"}));
 }
 
 TEST_P(Files, AnIncludeFileThatIsOneOfTheRunsOwnFilesIsRefused) {
