@@ -306,67 +306,27 @@ std::string visible(const std::string& line) {
   return out;
 }
 
-// Lines without their newlines, made visible; a last line without one is marked.
-std::vector<std::string> visible_lines(const std::string& text) {
-  std::vector<std::string> lines = split_lines(text);
-  for (std::string& line : lines) line = visible(line);
-  if (!text.empty() && text.back() != '\n') lines.back() += "   (no newline at end)";
-  return lines;
-}
-
-bool looks_binary(const std::string& s) {
-  return std::any_of(s.begin(), s.end(), [](char c) { return c == '\0'; });
-}
-
-// Prints the first differing byte with some bytes around it, in hex.
-void hex_context(const std::string& want, const std::string& got, size_t at) {
-  size_t from = at >= 16 ? at - 16 : 0;
-  auto dump = [&](const char* label, const std::string& s) {
-    std::printf("  %s", label);
-    for (size_t i = from; i < std::min(s.size(), at + 16); ++i)
-      std::printf(i == at ? " [%02x]" : " %02x", static_cast<unsigned char>(s[i]));
-    std::printf("\n");
-  };
-  dump("expected:", want);
-  dump("actual:  ", got);
-}
-
-// A short unified-style diff of the part between the common first and last lines.
-void line_diff(const std::string& want, const std::string& got) {
-  std::vector<std::string> a = visible_lines(want), b = visible_lines(got);
-  size_t head = 0;
-  while (head < a.size() && head < b.size() && a[head] == b[head]) ++head;
-  size_t tail = 0;
-  while (tail < a.size() - head && tail < b.size() - head &&
-         a[a.size() - 1 - tail] == b[b.size() - 1 - tail])
-    ++tail;
-  const size_t context = 2, most = 25;
-  size_t from = head >= context ? head - context : 0;
-  std::printf("  @@ line %zu @@\n", from + 1);
-  for (size_t i = from; i < head; ++i) std::printf("   %s\n", a[i].c_str());
-  size_t shown = 0;
-  for (size_t i = head; i < a.size() - tail && shown < most; ++i, ++shown)
-    std::printf("  -%s\n", a[i].c_str());
-  if (a.size() - tail - head > most) std::printf("  -... (%zu more)\n", a.size() - tail - head - most);
-  shown = 0;
-  for (size_t i = head; i < b.size() - tail && shown < most; ++i, ++shown)
-    std::printf("  +%s\n", b[i].c_str());
-  if (b.size() - tail - head > most) std::printf("  +... (%zu more)\n", b.size() - tail - head - most);
-  for (size_t i = b.size() - tail; i < b.size() && i < b.size() - tail + context; ++i)
-    std::printf("   %s\n", b[i].c_str());
-}
-
-// Compares one result; prints what differs. True when equal.
+// Compares one result; when it differs, prints where, with the lines from
+// the first differing one made visible (a few before it for context). True
+// when equal.
 bool same(const std::string& what, const std::string& want, const std::string& got) {
   if (want == got) return true;
   size_t at = 0;
   while (at < want.size() && at < got.size() && want[at] == got[at]) ++at;
   std::printf("MISMATCH in %s: expected %zu bytes, got %zu; first difference at byte %zu\n",
               what.c_str(), want.size(), got.size(), at);
-  if (looks_binary(want) || looks_binary(got))
-    hex_context(want, got, at);
-  else
-    line_diff(want, got);
+  const std::vector<std::string> a = split_lines(want), b = split_lines(got);
+  const size_t line = static_cast<size_t>(std::count(want.begin(), want.begin() + at, '\n'));
+  auto show = [&](const std::vector<std::string>& lines, size_t from, size_t to, const char* mark) {
+    for (size_t i = from; i < lines.size() && i < to; ++i)
+      std::printf("  %s%s\n", mark, visible(lines[i].substr(0, 200)).c_str());
+  };
+  std::printf("  @@ line %zu @@\n", line + 1);
+  show(a, line >= 2 ? line - 2 : 0, line, " ");
+  show(a, line, line + 8, "-");
+  show(b, line, line + 8, "+");
+  if (!want.empty() && want.back() != '\n') std::printf("  (expected: no newline at end)\n");
+  if (!got.empty() && got.back() != '\n') std::printf("  (actual: no newline at end)\n");
   return false;
 }
 
