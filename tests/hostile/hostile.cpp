@@ -144,6 +144,24 @@ TEST_F(Hostile, EventCountsInTheBillionsStopAtTheEventLimit) {
   // A rhythm that is not a number never reaches the end either.
   run("i1 = 3 0 4 { p2 0." + repeat("0", 40) + " }\n", 1000);
   EXPECT_EQ(error().substr(0, memory.size()), memory);
+  // At the limit itself: exactly that many events, chord members and
+  // repeated chords counted, are written; one more is refused.
+  const struct {
+    const char* block;
+    int status;
+  } at_limit[] = {
+      {"i1 = 4 0 -4 { p2 1 p3 1 p4 1 }\n", 0},         {"i1 = 4 0 -5 { p2 1 p3 1 p4 1 }\n", 1},
+      {"i1 = 4 0 -3 { p2 1 p3 1 p4 1 2:3 4 }\n", 0},   {"i1 = 4 0 -3 { p2 1 p3 1 p4 1 2:3 4:5 }\n", 1},
+      {"i1 = 4 0 -2 { p2 1 p3 1 p4 1:2 x2 }\n", 0},    {"i1 = 4 0 -3 { p2 1 p3 1 p4 1:2 x3 }\n", 1},
+      {"i1 = 4 0 -2 { p2 1 p3 1 p4 1 2:3:4 }\n", 0},   {"i1 = 4 0 -2 { p2 1 p3 1 p4 1:2 3:4:5 }\n", 1},
+  };
+  for (const auto& c : at_limit) {
+    run(c.block, 4);
+    EXPECT_EQ(status, c.status) << c.block << screen;
+    if (c.status) {
+      EXPECT_EQ(error().substr(0, memory.size()), memory) << c.block;
+    }
+  }
 }
 
 TEST_F(Hostile, TooManyPfields) {

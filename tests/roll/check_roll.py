@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""check_roll.py -- sorvel-roll against sorvel, run by run.
+"""check_roll.py -- sorvel-roll against sorvel, run by run, and the pictures
+of the examples in docs/pictures/.
 
     check_roll.py SORVEL SORVEL_ROLL SOURCE_DIR
+    check_roll.py --pictures SORVEL_ROLL SOURCE_DIR [--update]
 
 Every example of examples/ and every input of tests/roll/inputs/ is run
 twice, by sorvel (a score, or with -m a MIDI file) and by sorvel-roll (a
@@ -11,6 +13,12 @@ block by block, each at the start the score gives it; its axes, beat lines
 and legend must be there. Then the roll's own options (--pitch, --amp,
 --from/--to, --width, --max-notes) and its failures: the same messages and
 exit status as sorvel, and no picture.
+
+With --pictures, each examples/NAME.sor is drawn, with the options of its
+"; Run it:" line, as docs/pictures/NAME.svg: the check fails when a committed
+picture is missing, differs from what the program draws now, or belongs to
+no example, and when docs/guide.md does not show one of them; --update
+writes them.
 
 Exit status 0 when everything holds, 1 otherwise.
 """
@@ -315,31 +323,80 @@ def check_failures(roll, sorvel, work):
         fail('sorvel-roll --pitch q5: not refused (%d)' % status)
 
 
+def check_pictures(roll, source, work, update):
+    examples = os.path.join(source, 'examples')
+    pictures = os.path.join(source, 'docs', 'pictures')
+    names = sorted(n[:-4] for n in os.listdir(examples) if n.endswith('.sor'))
+    for n in os.listdir(examples):
+        shutil.copy(os.path.join(examples, n), work)
+    for name in names:
+        options = run_line_options(os.path.join(work, name + '.sor'))
+        status, _, _ = run([roll] + options + [name + '.sor', name + '.svg'], work)
+        if status != 0:
+            fail('sorvel-roll %s.sor: exit status %d' % (name, status))
+            continue
+        with open(os.path.join(work, name + '.svg'), 'rb') as f:
+            drawn = f.read()
+        target = os.path.join(pictures, name + '.svg')
+        if update:
+            os.makedirs(pictures, exist_ok=True)
+            with open(target, 'wb') as f:
+                f.write(drawn)
+            continue
+        try:
+            with open(target, 'rb') as f:
+                committed = f.read()
+        except OSError:
+            committed = None
+        if committed != drawn:
+            fail('docs/pictures/%s.svg is %s' % (name, 'missing' if committed is None else 'out of date'))
+    with open(os.path.join(source, 'docs', 'guide.md'), encoding='utf-8') as f:
+        guide = f.read()
+    for name in names:
+        if '](pictures/%s.svg)' % name not in guide:
+            fail('docs/guide.md does not show pictures/%s.svg' % name)
+    if not update and os.path.isdir(pictures):
+        for n in sorted(os.listdir(pictures)):
+            if n.endswith('.svg') and n[:-4] not in names:
+                fail('docs/pictures/%s belongs to no example' % n)
+    if FAILURES:
+        print('Redraw them with: tests/roll/check_roll.py --pictures build/sorvel-roll . --update')
+    else:
+        print('%d pictures %s' % (len(names), 'written' if update else 'up to date'))
+
+
+def check_runs(sorvel, roll, source, work):
+    for d in (os.path.join(source, 'examples'), os.path.join(source, 'tests', 'roll', 'inputs')):
+        for n in os.listdir(d):
+            shutil.copy(os.path.join(d, n), work)
+    names = sorted(n[:-4] for n in os.listdir(os.path.join(source, 'examples')) if n.endswith('.sor'))
+    for name in names:
+        check_input(roll, sorvel, work, name, run_line_options(os.path.join(work, name + '.sor')))
+    # With -m, every example's first block as the MIDI file holds it.
+    for name in names:
+        if name != 'midi':
+            check_input(roll, sorvel, work, name, ['-s', '-m'])
+    for name in ('chords', 'rests', 'blocks', 'tempo', 'options'):
+        check_input(roll, sorvel, work, name, ['-s'])
+    check_input(roll, sorvel, work, 'midi', ['-s', '-m'])
+    blocks = check_input(roll, sorvel, work, 'blocks', ['-s'])
+    if blocks is not None and sorted(blocks) != [1, 2, 3]:
+        fail('blocks.sor: the score has blocks %s' % sorted(blocks))
+    check_options(roll, sorvel, work)
+    check_failures(roll, sorvel, work)
+    print('%d failures' % len(FAILURES) if FAILURES else 'all good')
+
+
 def main():
-    sorvel, roll, source = (os.path.abspath(a) for a in sys.argv[1:4])
     work = tempfile.mkdtemp(prefix='sorvel-roll-check.')
     try:
-        for d in (os.path.join(source, 'examples'), os.path.join(source, 'tests', 'roll', 'inputs')):
-            for n in os.listdir(d):
-                shutil.copy(os.path.join(d, n), work)
-        names = sorted(n[:-4] for n in os.listdir(os.path.join(source, 'examples')) if n.endswith('.sor'))
-        for name in names:
-            check_input(roll, sorvel, work, name, run_line_options(os.path.join(work, name + '.sor')))
-        # With -m, every example's first block as the MIDI file holds it.
-        for name in names:
-            if name != 'midi':
-                check_input(roll, sorvel, work, name, ['-s', '-m'])
-        for name in ('chords', 'rests', 'blocks', 'tempo', 'options'):
-            check_input(roll, sorvel, work, name, ['-s'])
-        check_input(roll, sorvel, work, 'midi', ['-s', '-m'])
-        blocks = check_input(roll, sorvel, work, 'blocks', ['-s'])
-        if blocks is not None and sorted(blocks) != [1, 2, 3]:
-            fail('blocks.sor: the score has blocks %s' % sorted(blocks))
-        check_options(roll, sorvel, work)
-        check_failures(roll, sorvel, work)
+        if sys.argv[1] == '--pictures':
+            roll, source = (os.path.abspath(a) for a in sys.argv[2:4])
+            check_pictures(roll, source, work, sys.argv[4:] == ['--update'])
+        else:
+            check_runs(*(os.path.abspath(a) for a in sys.argv[1:4]), work)
     finally:
         shutil.rmtree(work)
-    print('%d failures' % len(FAILURES) if FAILURES else 'all good')
     return 1 if FAILURES else 0
 
 

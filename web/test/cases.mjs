@@ -1,12 +1,12 @@
 // Runs every end-to-end case of tests/cases through the browser entry, all in
 // one loaded module and each case twice, and compares every byte with the
-// case's expected files, as run_case does for a program. A case that passes
+// case's expected files, as run_fenced does for a program. A case that passes
 // twice in a module that has already made hundreds of runs shows that no
 // state leaks from one run to the next.
 //
 //   node web/test/cases.mjs DIST CASES
 //
-// CASES is the tree that "run_case --unpack tests/cases CASES" writes: each
+// CASES is the tree that "run_fenced --unpack tests/cases CASES" writes: each
 // case as NAME.sor with NAME.err, NAME.status and its other expected files
 // beside it.
 //
@@ -17,7 +17,7 @@ import { pathToFileURL } from 'node:url';
 
 const dist = path.resolve(process.argv[2]);
 if (process.argv.length !== 4) {
-  console.log('usage: node web/test/cases.mjs DIST CASES (CASES written by run_case --unpack)');
+  console.log('usage: node web/test/cases.mjs DIST CASES (CASES written by run_fenced --unpack)');
   process.exit(2);
 }
 const casesDir = path.resolve(process.argv[3]);
