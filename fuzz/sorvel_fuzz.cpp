@@ -6,11 +6,12 @@
 // files named from the start); a run beside a previous score is also drawn
 // as a roll (a density image when the files work the plain way); the rest is
 // the input file. A run without a previous score has the hints checker
-// listening, and its findings are printed both ways. Runs happen in a private directory that also holds two
-// include files, so "#include |inc1.sor|" (and the input including itself,
-// or including one of the run's own files) reach real files. After every run the directory must hold
-// nothing but what the run is allowed to leave, a failed run must have left
-// the previous score as it was (or none), and the temporary directory must
+// listening, and its findings are printed both ways. Runs happen in a
+// private directory that also holds two include files, so
+// "#include |inc1.sor|" (and the input including itself, or including one of
+// the run's own files) reach real files. After every run the directory must
+// hold nothing but what the run is allowed to leave, a failed run must have
+// left the previous score as it was (or none), and the temporary directory must
 // be empty: anything else is reported as a crash. The private directory is
 // removed when the fuzzer exits.
 #include <dirent.h>

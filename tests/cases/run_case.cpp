@@ -469,8 +469,8 @@ int main(int argc, char** argv) {
     }
   }
   if (argc != 3 && argc != 4) {
-    std::fprintf(stderr,
-                 "usage: run_case SORVEL DIR/NAME.case [HINTS]\n       run_case --unpack CASES OUT\n");
+    std::fprintf(stderr, "usage: run_case SORVEL DIR/NAME.case [HINTS]\n"
+                         "       run_case --unpack CASES OUT\n");
     return 2;
   }
   const fs::path program = fs::absolute(argv[1]);
