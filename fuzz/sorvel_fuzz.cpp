@@ -5,11 +5,13 @@
 // through a symbolic link, whether the file layer works the plain way (new
 // files named from the start); a run beside a previous score is also drawn
 // as a roll (a density image when the files work the plain way); the rest is
-// the input file. Runs happen in a private directory that also holds two
-// include files, so "#include |inc1.sor|" (and the input including itself,
-// or including one of the run's own files) reach real files. After every run the directory must hold
-// nothing but what the run is allowed to leave, a failed run must have left
-// the previous score as it was (or none), and the temporary directory must
+// the input file. A run without a previous score has the hints checker
+// listening, and its findings are printed both ways. Runs happen in a
+// private directory that also holds two include files, so
+// "#include |inc1.sor|" (and the input including itself, or including one of
+// the run's own files) reach real files. After every run the directory must
+// hold nothing but what the run is allowed to leave, a failed run must have
+// left the previous score as it was (or none), and the temporary directory must
 // be empty: anything else is reported as a crash. The private directory is
 // removed when the fuzzer exits.
 #include <dirent.h>
@@ -25,6 +27,8 @@
 #include <vector>
 
 #include "driver/run_sorvel.h"
+#include "hints/checker.h"
+#include "hints/report.h"
 #include "roll/collect.h"
 #include "roll/roll.h"
 
@@ -171,7 +175,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   sorvel::RollSink roll_sink(roll, roll_options);
   std::vector<sorvel::BlockSink*> sinks;
   if (previous) sinks.push_back(&roll_sink);
+  sorvel::HintsChecker checker(run);
+  if (!previous) run.observer = &checker;
   const int status = sorvel::run_sorvel(run, static_cast<int>(argv.size()) - 1, argv.data(), sinks);
+  if (!previous) {
+    const std::vector<sorvel::PlacedFinding> findings = checker.finish(status);
+    if (status != 0 && findings.empty()) fail("a failed run without an error among the findings");
+    if (sorvel::json_report(findings)[0] != '[') std::abort();
+    if (sorvel::text_report(findings).empty() != findings.empty()) std::abort();
+  }
   if (status == 0 && previous) {
     roll.beats = sorvel::beat_times(run, 600.0);
     if (sorvel::draw_roll(roll, roll_options).empty()) std::abort();

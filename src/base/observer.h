@@ -27,7 +27,8 @@ class Observer {
   // --- preprocessing ---------------------------------------------------------
   // From run line `run_line` on, the lines come from `file`, starting at its
   // line `file_line`. Made when the main input starts, when an include file
-  // starts, and when the including file goes on after the include.
+  // starts, when the including file goes on after the include, and after a
+  // line end that the include pass drops ("#in" and a line end).
   virtual void file_lines(int /*run_line*/, const char* /*file*/, int /*file_line*/) {}
   // An include file that could not be opened; `from` names the including file
   // and the directive's "#" stands in run line `line` at column `column` of

@@ -136,7 +136,18 @@ void HintsChecker::midi_block_left_out(int block, int I_NO) {
 
 void HintsChecker::warning(int number, int line, const char* text, int pos) {
   if (line > 0) last_line_ = line;
-  if (!run_.SUPRESS) {  // -s: the run's warnings stay silent here too
+  // -s: the run's warnings stay silent here too. One warning repeated on its
+  // line (a function that finds the block full at every step) is one finding
+  // that says how often.
+  const bool again = last_warning_ < found_.size() && last_warning_number_ == number &&
+                     found_[last_warning_].line == line;
+  if (again) {
+    ++last_warning_count_;
+  } else if (!run_.SUPRESS) {
+    close_warning();
+    last_warning_ = found_.size();
+    last_warning_number_ = number;
+    last_warning_count_ = 1;
     Finding w;
     w.line = line;
     w.column = w.end_column = line > 0 ? caret_column(text, pos) : -1;
@@ -171,7 +182,14 @@ void HintsChecker::error(int number, int line, const char* text, int pos) {
   each(line, [&](Family& f) { f.error(number, line, text, pos); });
 }
 
+void HintsChecker::close_warning() {
+  if (last_warning_ < found_.size() && last_warning_count_ > 1)
+    found_[last_warning_].message += " (" + std::to_string(last_warning_count_) + " times)";
+  last_warning_ = static_cast<size_t>(-1);
+}
+
 std::vector<PlacedFinding> HintsChecker::finish(int status) {
+  close_warning();
   for (auto& family : families_) family->finish();
   settle();
   if (status != 0 && !run_error_) {

@@ -66,6 +66,8 @@ class HintsChecker : public Observer {
   // Adds a finding of the run itself, sorted at run line `at`.
   void add_own(Finding f, int at);
   std::string screen_text() const;
+  // Ends the run of one warning repeated: its count goes into its message.
+  void close_warning();
 
   const Run& run_;
   Findings found_;
@@ -75,6 +77,9 @@ class HintsChecker : public Observer {
   FILE* screen_ = nullptr;
   int last_line_ = 0;  // the latest run line a call named
   bool run_error_ = false;
+  size_t last_warning_ = static_cast<size_t>(-1);  // the latest warning's finding
+  int last_warning_number_ = 0;
+  long last_warning_count_ = 0;  // how often it came in a row
   bool include_seen_ = false;  // an include that could not be opened, at:
   int include_line_ = 0, include_column_ = 0;
 };

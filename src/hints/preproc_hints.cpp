@@ -75,10 +75,12 @@ void PreprocHints::name_missing(int line, char kind, const char* name, int begin
   f.code = "H10";
   const std::string written = name;
   const std::string nearest = nearest_name(written, names);
-  const std::string inside = begin == end ? " (called inside the body of the macro called here)" : "";
+  const std::string inside =
+      begin == end ? " (called inside the body of the macro called here)" : "";
   if (nearest.empty()) {
-    f.message = std::string("no ") + what + " is defined at this point" + inside + ": " +
-                (macro ? "a macro is defined with \"#define\"" : "a constant with \"#const\"") +
+    const char* how = macro ? "a macro is defined with \"#define\""
+                            : "a constant is defined with \"#const\"";
+    f.message = std::string("no ") + what + " is defined at this point" + inside + ": " + how +
                 " in a global block before the line that uses it.";
   } else {
     f.message = std::string("the defined ") + what + " nearest to " + quoted(written) + inside +

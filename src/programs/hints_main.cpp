@@ -51,12 +51,14 @@ int main(int argc, char** argv) {
   bool json = false;
   std::vector<char*> given;  // sorvel's options and the input
   for (int i = 1; i < argc; ++i) {
-    if (!std::strcmp(argv[i], "--json"))
+    if (!std::strcmp(argv[i], "--json")) {
       json = true;
-    else if (!std::strcmp(argv[i], "--help"))
-      return print_hints_usage(stdout), 0;
-    else
+    } else if (!std::strcmp(argv[i], "--help")) {
+      print_hints_usage(stdout);
+      return 0;
+    } else {
       given.push_back(argv[i]);
+    }
   }
   if (given.empty()) return bad_usage("no input file");
 

@@ -79,10 +79,12 @@ TEST(Messages, TheLastMessageOnTheScreen) {
 TEST(Json, StringsForAnyByte) {
   EXPECT_EQ(json_string("plain"), "\"plain\"");
   EXPECT_EQ(json_string("a\"b\\c"), "\"a\\\"b\\\\c\"");
-  EXPECT_EQ(json_string(std::string("\n\t\x01\x1f\x7f", 5)), "\"\\u000A\\u0009\\u0001\\u001F\\u007F\"");
+  EXPECT_EQ(json_string(std::string("\n\t\x01\x1f\x7f", 5)),
+            "\"\\u000A\\u0009\\u0001\\u001F\\u007F\"");
   EXPECT_EQ(json_string(std::string("a\0b", 3)), "\"a\\u0000b\"");
   // Valid UTF-8 passes: 2, 3 and 4 bytes.
-  EXPECT_EQ(json_string("\xc3\xa9\xe2\x82\xac\xf0\x9f\x8e\xb5"), "\"\xc3\xa9\xe2\x82\xac\xf0\x9f\x8e\xb5\"");
+  EXPECT_EQ(json_string("\xc3\xa9\xe2\x82\xac\xf0\x9f\x8e\xb5"),
+            "\"\xc3\xa9\xe2\x82\xac\xf0\x9f\x8e\xb5\"");
   // Each byte outside a valid sequence is one U+FFFD.
   EXPECT_EQ(json_string("\xff"), "\"\\uFFFD\"");
   EXPECT_EQ(json_string("\xc3"), "\"\\uFFFD\"");          // cut short at the end
