@@ -6,6 +6,7 @@
 #include "base/catalog.h"
 #include "base/curves.h"
 #include "base/diag.h"
+#include "base/observer.h"
 #include "base/random.h"
 #include "base/rounding.h"
 #include "base/vocabulary.h"
@@ -215,6 +216,9 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& producer, const std::vecto
   const float value = producer.value(k, elapsed, index);
   p.LAST_VAL = value;
   float secs = to_tempo(run, p.CBEATS, value);
+  if (run.observer)
+    run.observer->rhythm_timed(c.src.line, c.src.pos, c.src.pos, p.CBEATS, value,
+                               static_cast<double>(secs));
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
   if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
     return kErrOutOfMemory;
