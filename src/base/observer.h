@@ -68,9 +68,9 @@ class Observer {
   // --- writing ---------------------------------------------------------------
   // One MIDI note written: the block's number in the file (1 the first), the
   // exact start in seconds, the tick it was written at, the key and velocity
-  // as written (bytes), and the values they came from: p5 before it was
-  // folded into -127..127 (modulo 128) and the velocity (p4 scaled by
-  // 127/32767) before it was cut to a byte.
+  // as written (bytes), and the values they came from as the block held
+  // them: p5 (before it was folded modulo 128) and p4 (an amplitude, which
+  // 127/32767 scales to the velocity before it is cut to a byte).
   virtual void midi_note(int /*block*/, double /*seconds*/, unsigned long /*tick*/, int /*key*/,
                          int /*velocity*/, float /*key_value*/, float /*velocity_value*/) {}
   // A block the MIDI file does not hold: the first block when it is all

@@ -13,7 +13,6 @@
 
 namespace sorvel {
 
-constexpr float kVelocityScale = 0.003875850703452f;  // 127 / 32767
 constexpr float kNoteOffVelocity = 15480.47265625f;  // becomes 60 once scaled
 constexpr uint32_t kLargestDelta = 0x0FFFFFFF;       // what four bytes can hold
 
@@ -155,21 +154,22 @@ class NoteTrack {
  private:
   // Scales the velocity, folds the key and counts the event's bytes.
   void visit(Event* e) {
+    const float amplitude = e->pf()[0];
     const float key = e->pf()[1];
-    e->pf()[0] = e->pf()[0] * kVelocityScale;
+    e->pf()[0] = amplitude * kVelocityScale;
     e->pf()[1] = mod(key, 128.0f);
     const uint32_t delta = midi_delta(e->start - previous_);
     size += static_cast<uint32_t>(VLSize(delta)) + 3u;
-    if (run_.observer) observe(e, delta, key);
+    if (run_.observer) observe(e, delta, key, amplitude);
   }
 
   // Tells the observer of each note as the note track will hold it.
-  void observe(const Event* e, uint32_t delta, float key) {
+  void observe(const Event* e, uint32_t delta, float key, float amplitude) {
     ticks_ += delta;
     if (e->code != 1) return;
-    const float velocity = e->pf()[0];
     run_.observer->midi_note(1, static_cast<double>(e->start), ticks_,
-                             midi_data_byte(e->pf()[1]), midi_data_byte(velocity), key, velocity);
+                             midi_data_byte(e->pf()[1]), midi_data_byte(e->pf()[0]), key,
+                             amplitude);
   }
 
   void list_event(const Event* e) {
