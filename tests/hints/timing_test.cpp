@@ -3,7 +3,9 @@
 // the run with them attached writes what it writes without them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -237,6 +239,74 @@ TEST_F(Hints, AFirstBlockOfRestsOnly) {
             (std::vector<std::string>{
                 "1:0-0 H07 block 1 (i5) is all rests: the MIDI file holds no notes.",
             }));
+}
+
+// Both families at once, as the checker hands every call to every family.
+class BothFamilies : public Observer {
+ public:
+  BothFamilies(const Run& run, Findings& out) : timing(run, out), midi(run, out) {}
+  void block_start(int line, int index, int I_NO, float SBEAT, double STIME,
+                   bool in_beats) override {
+    timing.block_start(line, index, I_NO, SBEAT, STIME, in_beats);
+    midi.block_start(line, index, I_NO, SBEAT, STIME, in_beats);
+  }
+  void rhythm_timed(int line, int begin, int end, float beat, float beats,
+                    double seconds) override {
+    timing.rhythm_timed(line, begin, end, beat, beats, seconds);
+  }
+  void midi_note(int block, double seconds, unsigned long tick, int key, int velocity,
+                 float key_value, float velocity_value) override {
+    midi.midi_note(block, seconds, tick, key, velocity, key_value, velocity_value);
+  }
+  void midi_block_left_out(int line, int block, int I_NO) override {
+    midi.midi_block_left_out(line, block, I_NO);
+  }
+  void finish() {
+    timing.finish();
+    midi.finish();
+  }
+
+ private:
+  TimingHints timing;
+  MidiHints midi;
+};
+
+// The examples give no timing or MIDI hint, but for the one that shows the
+// step tempo on purpose (it says so): tempo.sor, an accelerando from 60 to
+// 120 over 8 beats, whose first quarter note lasts 1.000 s where the map,
+// 60 + 7.5x, gives 8 ln(67.5/60) = 0.942 s.
+TEST_F(Hints, TheExamplesAreClean) {
+  namespace fs = std::filesystem;
+  struct Back {  // to the directory the tests run in, however the test ends
+    fs::path was = fs::current_path();
+    ~Back() { fs::current_path(was); }
+  } back;
+  fs::current_path(SORVEL_EXAMPLES);  // where their include files are
+  std::vector<fs::path> examples;
+  for (const auto& entry : fs::directory_iterator("."))
+    if (entry.path().extension() == ".sor") examples.push_back(entry.path());
+  std::sort(examples.begin(), examples.end());
+  ASSERT_GE(examples.size(), 10u);
+  for (const fs::path& example : examples)
+    for (bool midi : {false, true}) {
+      if (midi && example.filename() != "midi.sor") continue;
+      found.clear();
+      sorvel::Run r;
+      BothFamilies both(r, found);
+      r.observer = &both;
+      const std::string text = read_file(example.string()).value_or("");
+      EXPECT_EQ(run_plain(r, text, midi), 0) << example << messages;
+      both.finish();
+      std::vector<std::string> codes;
+      for (const Finding& f : found) codes.push_back(f.code);
+      if (example.filename() == "tempo.sor") {
+        ASSERT_EQ(codes, std::vector<std::string>{"H05"});
+        EXPECT_NE(found[0].message.find("lasts 1.000 s"), std::string::npos);
+        EXPECT_NE(found[0].message.find("lasts 0.942 s"), std::string::npos);
+      } else {
+        EXPECT_EQ(codes, std::vector<std::string>{}) << example << (midi ? " -m" : "");
+      }
+    }
 }
 
 }  // namespace
