@@ -21,10 +21,13 @@ class Observer {
   // line `file_line`. Made when the main input starts, when an include file
   // starts, and when the including file goes on after the include.
   virtual void file_lines(int /*run_line*/, const char* /*file*/, int /*file_line*/) {}
-  // An include file that could not be opened; `from` names the including file.
-  virtual void include_missing(const char* /*name*/, const char* /*from*/) {}
-  // A line of the input longer than the buffer holds, read as two lines; `line`
-  // is the run line that holds its first part.
+  // An include file that could not be opened; `from` names the including file
+  // and the directive's "#" stands in run line `line` at column `column` of
+  // the including file's line.
+  virtual void include_missing(const char* /*name*/, const char* /*from*/, int /*line*/,
+                               int /*column*/) {}
+  // A line of the input that fills the buffer (2047 characters or more),
+  // read as two lines; `line` is the run line that holds its first part.
   virtual void line_split(int /*line*/) {}
   // A preprocessing directive recognised ("define", "undef", "const", "if",
   // "else", "endif", ...): `keyword` is the directive's name, `written` the
@@ -33,7 +36,9 @@ class Observer {
   virtual void directive(int /*line*/, const char* /*keyword*/, const char* /*written*/,
                          int /*begin*/, int /*length*/) {}
   // A macro call ("$NAME", kind 'm') or a constant reference ("~NAME", kind 'c')
-  // whose name is not defined; the name stands at columns [begin, end).
+  // whose name is not defined; the name stands at columns [begin, end). A call
+  // met inside a macro's body is not in the line: begin == end then, the
+  // place of the name of the call in the line that led to it.
   virtual void name_missing(int /*line*/, char /*kind*/, const char* /*name*/, int /*begin*/,
                             int /*end*/) {}
 

@@ -9,7 +9,7 @@ namespace sorvel {
 
 struct Finding {
   int line = 0;        // the run's line (1-based; 0: the input as a whole)
-  int column = 0;      // 0-based column in that line
+  int column = 0;      // 0-based column in that line (-1: the line as a whole)
   int end_column = 0;  // end of the span the finding is about (exclusive); == column: a point
   const char* severity = "hint";  // "hint", "warning" or "error"
   std::string code;               // "H01"...; a run's error "E38", warning "W12"

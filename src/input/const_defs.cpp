@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "base/catalog.h"
+#include "base/observer.h"
 #include "input/constants.h"
 #include "input/names.h"
 #include "input/preproc.h"
@@ -47,10 +48,13 @@ const Constant* find_var(const std::unordered_map<std::string, Constant>& list,
 int find_vname(Source& src, const Constant*& found) {
   if (found) return 1;
   const int end = static_cast<int>(name_end(src.buffer, static_cast<size_t>(src.pos)));
-  std::string name(src.buffer + src.pos, static_cast<size_t>(end - src.pos));
+  const int start = src.pos;
+  std::string name(src.buffer + start, static_cast<size_t>(end - start));
   src.pos = end;
   found = find_var(src.run.var_list, name);
-  return found ? 1 : no_such_name(src, "constant", name);
+  if (found) return 1;
+  if (src.run.observer) src.run.observer->name_missing(src.line, 'c', name.c_str(), start, end);
+  return no_such_name(src, "constant", name);
 }
 
 

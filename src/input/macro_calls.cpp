@@ -5,6 +5,7 @@
 
 #include "base/catalog.h"
 #include "base/diag.h"
+#include "base/observer.h"
 #include "input/macros.h"
 #include "input/names.h"
 
@@ -16,6 +17,7 @@ namespace {
 struct Expansion {
   Source& src;
   Run& run;
+  size_t call_name = 0;  // where the name of the call met in the line begins
 };
 
 int char_in(const std::string& text, size_t i) {
@@ -76,7 +78,14 @@ int expand(Expansion& x, const std::vector<Macro>* args, std::string& text, size
   std::string name = read_name(text, pos);
   const Macro* found = args ? find_macro(*args, name) : nullptr;
   if (!found) found = find_macro(x.run.macro_list, name);
-  if (!found) return no_such_name(x.src, "macro", name);
+  if (!args) x.call_name = dollar + 1;
+  if (!found) {
+    // A call inside a body is not in the line: the call that led to it is.
+    if (x.run.observer)
+      x.run.observer->name_missing(x.src.line, 'm', name.c_str(), static_cast<int>(x.call_name),
+                                   static_cast<int>(args ? x.call_name : pos));
+    return no_such_name(x.src, "macro", name);
+  }
   const Macro macro = *found;  // expansion works on a copy, never on the definition
 
   std::vector<Macro> call_args;

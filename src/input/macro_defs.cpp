@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/catalog.h"
+#include "base/observer.h"
 #include "input/comments.h"
 #include "input/conditionals.h"
 #include "input/macros.h"
@@ -135,7 +136,13 @@ int do_undefine(Source& src) {
   while (src.cur() && !is_space(src.cur())) name += static_cast<char>(src.buffer[src.pos++]);
   auto& list = src.run.macro_list;
   if (list.empty()) return kErrNoMacrosToUndefine;
-  return list.erase(name) == 0 ? no_such_name(src, "macro", name) : kOk;
+  if (list.erase(name)) return kOk;
+  if (src.run.observer) {
+    const int end = src.pos;
+    src.run.observer->name_missing(src.line, 'm', name.c_str(),
+                                   end - static_cast<int>(name.size()), end);
+  }
+  return no_such_name(src, "macro", name);
 }
 
 const Macro* find_macro(const std::vector<Macro>& list, const std::string& name) {

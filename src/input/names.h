@@ -7,6 +7,7 @@
 
 #include "base/catalog.h"
 #include "base/chars.h"
+#include "base/observer.h"
 #include "input/source.h"
 
 namespace sorvel {
@@ -50,14 +51,18 @@ inline int char_at(const Source& src, int i) {
 // The characters are read before the white space is looked at, so a failure
 // (80) leaves the position on the character after them ("#constant": on the
 // "a" of "ant"); a line that ends first leaves it at the line's end.
-// On success the blanks after the word are skipped too.
+// On success the blanks after the word are skipped too, and the observer
+// hears which characters passed for the word.
 inline int loose_keyword(Source& src, const char* word, int length) {
+  const int begin = src.pos;
   bool match = false;
   for (int k = 0; k < length && src.cur(); ++k) {
     if (src.cur() == word[k]) match = true;
     ++src.pos;
   }
   if (!match || !is_space(src.cur())) return kErrMacroStatement;
+  if (src.run.observer)
+    src.run.observer->directive(src.line, word, src.buffer + begin, begin, src.pos - begin);
   src.skip_blanks();
   return kOk;
 }

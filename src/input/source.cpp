@@ -6,6 +6,7 @@
 
 #include "base/catalog.h"
 #include "base/chars.h"
+#include "base/observer.h"
 #include "input/comments.h"
 #include "input/preproc.h"
 
@@ -17,10 +18,12 @@ int Source::get_buff() {
   expansions = 0;
   std::memset(marks_, 0, sizeof marks_);
   int n = 0;
+  char last = '\0';
   for (; buffer[n]; ++n) {
-    char c = buffer[n];
+    char c = last = buffer[n];
     if (c == '\n' || c == '\r' || static_cast<unsigned char>(c) == 255) buffer[n] = ' ';
   }
+  if (run.observer && n == kLineSize - 1 && last != '\n') report_split();
   // Whatever a NUL byte hid, or an earlier longer line left, reads as the end.
   std::memset(buffer + n, 0, static_cast<size_t>(kLineSize - n));
   pos = 0;
@@ -48,6 +51,19 @@ int Source::get_buff() {
     std::fputc('\n', run.fecho);
   }
   return kOk;
+}
+
+void Source::report_split() {
+  // The buffer is full and its last character is no line end: the line goes
+  // on in the next read, unless the input ends here. The look ahead leaves
+  // the stream as it was, its end-of-file flag included.
+  const int c = std::getc(fin);
+  if (c == EOF) {
+    if (!std::ferror(fin)) std::clearerr(fin);
+    return;
+  }
+  std::ungetc(c, fin);
+  run.observer->line_split(line);
 }
 
 int Source::is_comment(int& kind) const {

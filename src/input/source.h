@@ -66,6 +66,9 @@ class Source {
   void skip_blanks();
 
  private:
+  // Tells the observer that the line just read goes on in the next one.
+  void report_split();
+
   unsigned char marks_[kLineSize];
 };
 

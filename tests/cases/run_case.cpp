@@ -1,7 +1,9 @@
 // run_case: runs sorvel on one end-to-end case and compares, byte for byte,
 // what it printed and wrote with what the case expects.
 //
-//   run_case SORVEL DIR/NAME.case       run the case
+//   run_case SORVEL DIR/NAME.case [HINTS]
+//                                       run the case (HINTS: the sorvel-hints
+//                                       program, for the cases that run it)
 //   run_case --unpack CASES OUT         write every case under CASES to OUT
 //                                       as plain files (see below)
 //
@@ -13,6 +15,12 @@
 //       The input, written as NAME.sor. The run is "sorvel ARGS..." (without
 //       ARGS: NAME.sor NAME.sco) and its exit status must be N (0 when not
 //       given).
+//   ```sorvel-hints [ARGS...] [exit=N]
+//       Instead of a sorvel block: the input, NAME.sor, checked by the run
+//       "sorvel-hints ARGS..." (without ARGS: NAME.sor). Its stdout block
+//       holds the findings; the standard error stream must be empty unless a
+//       stderr block says otherwise, and the run may leave no file at all.
+//       --unpack leaves these cases out.
 //   ```messages
 //       The standard error stream after the banner and the file summary,
 //       which the runner builds from the arguments (banner_and_summary).
@@ -168,6 +176,7 @@ bool same(const std::string& what, const std::string& want, const std::string& g
 struct Case {
   std::string name;  // NAME of NAME.case
   std::string input;
+  bool hints = false;  // run by sorvel-hints
   bool has_args = false;
   std::vector<std::string> args;
   int status = 0;
@@ -245,9 +254,10 @@ std::optional<Case> read_case(const fs::path& file) {
       content.pop_back();
     }
     const std::string& kind = block.kind;
-    if (kind == "sorvel") {
-      if (have_input) return fail(fence, "a second sorvel block");
+    if (kind == "sorvel" || kind == "sorvel-hints") {
+      if (have_input) return fail(fence, "a second input block");
       have_input = true;
+      c.hints = kind == "sorvel-hints";
       c.input = content;
       for (const std::string& w : rest) {
         if (w.rfind("exit=", 0) == 0 && w.size() > 5 &&
@@ -257,7 +267,8 @@ std::optional<Case> read_case(const fs::path& file) {
           c.args.push_back(w);
       }
       c.has_args = !c.args.empty();
-      if (!c.has_args) c.args = {c.name + ".sor", c.name + ".sco"};
+      if (!c.has_args && c.hints) c.args = {c.name + ".sor"};
+      if (!c.has_args && !c.hints) c.args = {c.name + ".sor", c.name + ".sco"};
     } else if (kind == "messages" && rest.empty()) {
       c.messages = content;
     } else if (kind == "stderr" && rest.empty()) {
@@ -272,12 +283,14 @@ std::optional<Case> read_case(const fs::path& file) {
   }
   if (!have_input) return fail(1, "no sorvel block");
   if (c.messages && c.whole_err) return fail(1, "both a messages and a stderr block");
+  if (c.hints && c.messages) return fail(1, "a messages block for sorvel-hints");
   return c;
 }
 
 // The standard error stream the case expects.
 std::string expected_err(const Case& c) {
   if (c.whole_err) return *c.whole_err;
+  if (c.hints) return "";
   return banner_and_summary(c.args) + c.messages.value_or("");
 }
 
@@ -316,7 +329,8 @@ bool write_file(const fs::path& path, const std::string& text) {
   return static_cast<bool>(out);
 }
 
-int run_case(const fs::path& program, const fs::path& file, const fs::path& work) {
+int run_case(const fs::path& sorvel, const fs::path& hints, const fs::path& file,
+             const fs::path& work) {
   const fs::path dir = file.parent_path();
   const std::string name = file.stem().string();
   const std::string label = dir.filename().string() + "/" + name;
@@ -327,6 +341,11 @@ int run_case(const fs::path& program, const fs::path& file, const fs::path& work
   }
   const Case& c = cases->at(name);
   const int want_status = c.status;
+  if (c.hints && hints.empty()) {
+    std::printf("case %s: runs sorvel-hints, and no such program was given\n", label.c_str());
+    return 2;
+  }
+  const fs::path& program = c.hints ? hints : sorvel;
 
   // The expected outputs of every case of the directory are not inputs.
   std::set<std::string> results;
@@ -375,7 +394,7 @@ int run_case(const fs::path& program, const fs::path& file, const fs::path& work
   // What else the run left, changed or removed.
   std::set<std::string> own_outputs;
   for (const char* ext : {".sco", ".mid", ".log", ".x"}) own_outputs.insert(name + ext);
-  if (!args.empty()) own_outputs.insert(args.back());
+  if (!args.empty() && !c.hints) own_outputs.insert(args.back());
   const std::map<std::string, std::string> after = snapshot(work);
   for (const auto& [file_name, text] : after) {
     if (expected.count(file_name)) continue;  // compared above
@@ -417,6 +436,7 @@ int unpack(const fs::path& from, const fs::path& to) {
                     fs::copy_options::overwrite_existing);
     }
     for (const auto& [name, c] : *cases) {
+      if (c.hints) continue;
       bool ok = write_file(out / (name + ".sor"), c.input) &&
                 write_file(out / (name + ".err"), expected_err(c)) &&
                 write_file(out / (name + ".status"), std::to_string(c.status) + "\n");
@@ -448,12 +468,14 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: run_case SORVEL DIR/NAME.case\n       run_case --unpack CASES OUT\n");
+  if (argc != 3 && argc != 4) {
+    std::fprintf(stderr,
+                 "usage: run_case SORVEL DIR/NAME.case [HINTS]\n       run_case --unpack CASES OUT\n");
     return 2;
   }
   const fs::path program = fs::absolute(argv[1]);
   const fs::path case_file = fs::absolute(argv[2]);
+  const fs::path hints = argc == 4 ? fs::absolute(argv[3]) : fs::path();
 
   const char* tmp = std::getenv("TMPDIR");
   std::string templ = std::string(tmp && *tmp ? tmp : "/tmp") + "/case-XXXXXX";
@@ -467,7 +489,7 @@ int main(int argc, char** argv) {
 
   int result;
   try {
-    result = run_case(program, case_file, work);
+    result = run_case(program, hints, case_file, work);
   } catch (const std::exception& e) {
     std::printf("run_case: %s\n", e.what());
     result = 2;

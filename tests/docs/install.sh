@@ -1,11 +1,11 @@
 #!/bin/sh
 # install.sh -- installs the build into a temporary prefix and checks what
-# a user gets: PREFIX/bin/sorvel turns the installed example into a score and
-# PREFIX/bin/sorvel-roll draws it; PREFIX/share/doc/sorvel holds the guide,
-# the licence, the pictures the guide shows and every example with its
-# orchestra, the same as in the source tree, and every file that the man
-# page's SEE ALSO names; both programs' pages are installed and sorvel.1
-# renders without warnings.
+# a user gets: PREFIX/bin/sorvel turns the installed example into a score,
+# PREFIX/bin/sorvel-roll draws it and PREFIX/bin/sorvel-hints finds nothing
+# in it; PREFIX/share/doc/sorvel holds the guide, the licence, the pictures
+# the guide shows and every example with its orchestra, the same as in the
+# source tree, and every file that the man page's SEE ALSO names; the three
+# programs' pages are installed and sorvel.1 renders without warnings.
 #
 #   install.sh CMAKE BUILD_DIR SOURCE_DIR
 #
@@ -67,6 +67,14 @@ if ! "$roll" -s "$doc/examples/first.sor" first.svg >roll.log 2>&1 ||
   echo "FAIL: the installed sorvel-roll did not draw the 4 notes"; cat roll.log; exit 1
 fi
 echo "ok: $roll drew 4 notes"
+
+hints=$prefix/bin/sorvel-hints
+[ -x "$hints" ] || { echo "FAIL: $hints was not installed"; exit 1; }
+[ -f "$prefix/share/man/man1/sorvel-hints.1" ] || { echo "FAIL: the sorvel-hints page was not installed"; exit 1; }
+if ! "$hints" "$doc/examples/first.sor" >hints.out 2>&1 || [ -s hints.out ]; then
+  echo "FAIL: the installed sorvel-hints found something in first.sor"; cat hints.out; exit 1
+fi
+echo "ok: $hints has nothing to say about first.sor"
 
 command -v man >/dev/null 2>&1 || { echo "man not found: the page is not rendered"; exit 77; }
 if ! MANWIDTH=80 man -l "$page" >page.txt 2>page.err; then
