@@ -137,7 +137,6 @@ int do_data(Ctx& c, ListScan& s) {
   if (p.IN_LOOP && !StoreInQ(value, s.d.queue, p.IS_FUSED)) return kErrMisplacedLoop;
   if (c.run.observer) s.d.value_begin = begin;
   int r = store_value(c, s.d, value);
-  s.d.value_begin = -1;
   if (r) return r;
   ++b.EVENT_NO;
   return kOk;
