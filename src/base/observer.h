@@ -52,9 +52,11 @@ class Observer {
                             int /*end*/) {}
 
   // --- blocks and values -----------------------------------------------------
-  // An i-block header read: its number among the run's blocks (1 for the
-  // first header), I_NO, the start beat, its start in seconds as the run
-  // converted it, and whether the block is counted in beats (else events).
+  // An i-block begun: made when its p2 begins, once the start is converted
+  // to seconds. `line` is the line of the header's "i"; then its number among
+  // the run's headers (1 for the first), I_NO, the start beat, its start in
+  // seconds as the run converted it, and whether the block is counted in
+  // beats (else events).
   virtual void block_start(int /*line*/, int /*index*/, int /*I_NO*/, float /*SBEAT*/,
                            double /*STIME*/, bool /*in_beats*/) {}
   // The block's closing "}" read (not made for a block the run gave up on).
@@ -89,11 +91,16 @@ class Observer {
   // --- writing ---------------------------------------------------------------
   // One MIDI note written: the block's number in the file (1 the first), the
   // exact start in seconds, the tick it was written at, the key and velocity
-  // as written (bytes) and as the values stood before they were cut to a byte.
+  // as written (bytes), and the values they came from as the block held
+  // them: p5 (before it was folded modulo 128) and p4 (an amplitude, which
+  // 127/32767 scales to the velocity before it is cut to a byte).
   virtual void midi_note(int /*block*/, double /*seconds*/, unsigned long /*tick*/, int /*key*/,
                          int /*velocity*/, float /*key_value*/, float /*velocity_value*/) {}
-  // A block the MIDI file does not hold.
-  virtual void midi_block_left_out(int /*block*/, int /*I_NO*/) {}
+  // A block the MIDI file does not hold: the first block when it is all
+  // rests, and every block after the first (the run stops reading after the
+  // first; with an observer it reads on for their headers only). `line` is
+  // the line of the header's "i", `block` its number among the run's headers.
+  virtual void midi_block_left_out(int /*line*/, int /*block*/, int /*I_NO*/) {}
 
   // --- messages --------------------------------------------------------------
   // A warning or an error as the run reports it: its number, the line and the

@@ -222,6 +222,9 @@ int insert_DDFp2(Ctx& c, DataList& d, RhythmProducer& producer, const std::vecto
   const float value = producer.value(k, elapsed, index);
   p.LAST_VAL = value;
   float secs = to_tempo(run, p.CBEATS, value);
+  if (run.observer)
+    run.observer->rhythm_timed(c.src.line, c.src.pos, c.src.pos, p.CBEATS, value,
+                               static_cast<double>(secs));
   secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
   if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
     return kErrOutOfMemory;

@@ -97,6 +97,7 @@ int run_blocks(Run& run, RunFiles& files, const std::vector<BlockSink*>& sinks) 
         break;
       }
       if (run.MKMIDI) {
+        if (run.observer) name_blocks_left_out(c);
         if (!clean_up(run, &block, files, true)) return 1;
         std::fputs("\n", run.screen);
         return 0;

@@ -130,8 +130,8 @@ void HintsChecker::midi_note(int block, double seconds, unsigned long tick, int 
   });
 }
 
-void HintsChecker::midi_block_left_out(int block, int I_NO) {
-  each(0, [&](Family& f) { f.midi_block_left_out(block, I_NO); });
+void HintsChecker::midi_block_left_out(int line, int block, int I_NO) {
+  each(line, [&](Family& f) { f.midi_block_left_out(line, block, I_NO); });
 }
 
 void HintsChecker::warning(int number, int line, const char* text, int pos) {

@@ -53,7 +53,7 @@ class HintsChecker : public Observer {
                       int count) override;
   void midi_note(int block, double seconds, unsigned long tick, int key, int velocity,
                  float key_value, float velocity_value) override;
-  void midi_block_left_out(int block, int I_NO) override;
+  void midi_block_left_out(int line, int block, int I_NO) override;
   void warning(int number, int line, const char* text, int pos) override;
   void error(int number, int line, const char* text, int pos) override;
 

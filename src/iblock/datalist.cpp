@@ -129,11 +129,13 @@ int do_data(Ctx& c, ListScan& s) {
     s.d.exhausted = 1;
     return kOk;
   }
+  const int begin = c.src.pos;
   float value;
   if (!get_input_type(c, value)) return kErrValueOrSyntax;
   p.LAST_VAL = value;
   s.no_value_yet = false;
   if (p.IN_LOOP && !StoreInQ(value, s.d.queue, p.IS_FUSED)) return kErrMisplacedLoop;
+  if (c.run.observer) s.d.value_begin = begin;
   int r = store_value(c, s.d, value);
   if (r) return r;
   ++b.EVENT_NO;

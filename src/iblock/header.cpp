@@ -3,6 +3,7 @@
 #include "base/catalog.h"
 #include "base/chars.h"
 #include "base/diag.h"
+#include "base/observer.h"
 #include "global/tempo.h"
 #include "iblock/datalist.h"
 #include "input/commands.h"
@@ -55,6 +56,8 @@ int get_amount(Ctx& c) {
 int do_p1(Ctx& c) {
   Source& src = c.src;
   Block& b = c.block;
+  ++b.number;
+  b.line = src.line;
   ++src.pos;  // the "i"
   int r = src.skip_lines();
   if (r > 0) return r;
@@ -106,6 +109,9 @@ void reset_pfield(Ctx& c) {
     run.TEMPO = find_tempo(run, b.SBEAT);
     p.CBEATS = b.SBEAT;
     b.STIME = 60.0f / run.TEMPO * b.STIME;
+    if (run.observer)
+      run.observer->block_start(b.line, b.number, b.I_NO, b.SBEAT, static_cast<double>(b.STIME),
+                                b.EVENTS == 0);
   }
   p.IN_TYPE = CMD_RE;
   p.OUT_TYPE = CMD_RE;
@@ -145,6 +151,7 @@ int do_pN(Ctx& c, DataList& d) {
   }
   b.OUTS[k] = code;
   p.OUT_TYPE = code;
+  if (c.run.observer) c.run.observer->pfield_start(p.line, p.P_NO, p.IN_TYPE, p.OUT_TYPE);
   d.cursor = b.note_list.handle;
   return do_pfield(c, d);
 }

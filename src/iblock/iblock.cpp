@@ -1,8 +1,11 @@
 #include "iblock/iblock.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "base/catalog.h"
+#include "base/observer.h"
+#include "global/gblock.h"
 #include "global/settings.h"
 #include "iblock/comment.h"
 #include "iblock/header.h"
@@ -35,6 +38,7 @@ int read_pfield(Ctx& c) {
   Block& b = c.block;
   Pfield& p = c.pfield;
   if (p.IN_LOOP) warn(c, kWarnLoopTerminated);
+  p.line = src.line;
   ++src.pos;  // the "p"
   int k;
   if (!src.get_i(k) || k < 2) return kErrBadPfieldNumber;
@@ -56,11 +60,46 @@ int end_block(Ctx& c) {
   Block& b = c.block;
   for (int k = 2; k <= b.MAX_PFIELDS; ++k)
     if (!b.DID_P[k]) return kErrSkippedPfields;
+  if (c.run.observer) c.run.observer->block_end(c.src.line);
   ++c.src.pos;
   return kOk;
 }
 
 }  // namespace
+
+void name_blocks_left_out(Ctx& c) {
+  Run& run = c.run;
+  Source& src = c.src;
+  Observer* observer = run.observer;
+  FILE* quiet = std::fopen("/dev/null", "w");
+  if (!observer || !quiet) {
+    if (quiet) std::fclose(quiet);
+    return;
+  }
+  FILE* screen = run.screen;
+  const int SUPRESS = run.SUPRESS, MKLOG = run.MKLOG, MKEXP = run.MKEXP;
+  const int SHOW_TEMPOS = run.SHOW_TEMPOS;
+  run.observer = nullptr;
+  run.screen = quiet;
+  run.SUPRESS = 1;
+  run.MKLOG = 0;
+  run.MKEXP = 0;
+  run.SHOW_TEMPOS = 0;
+  for (;;) {
+    if (src.at_eof() && src.at_line_end()) break;
+    if (parse_gblock(src, nullptr) != kOk) break;
+    const int r = do_p1(c);
+    if (r == kOk) observer->midi_block_left_out(c.block.line, c.block.number, c.block.I_NO);
+    if ((r != kOk && r != kSkipBlock) || skip_block(src) != kOk) break;
+  }
+  run.observer = observer;
+  run.screen = screen;
+  run.SUPRESS = SUPRESS;
+  run.MKLOG = MKLOG;
+  run.MKEXP = MKEXP;
+  run.SHOW_TEMPOS = SHOW_TEMPOS;
+  std::fclose(quiet);
+}
 
 int parse_iblock(Ctx& c) {
   Source& src = c.src;

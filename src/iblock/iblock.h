@@ -10,4 +10,10 @@ namespace sorvel {
 // a positive error number.
 int parse_iblock(Ctx& c);
 
+// With -m the run ends after the first i-block. For an observer, reads the
+// rest of the input only far enough to name each later block (its header),
+// telling the observer of each as a block the MIDI file does not hold. The
+// run's messages, files and observer see nothing of this reading.
+void name_blocks_left_out(Ctx& c);
+
 }  // namespace sorvel

@@ -17,6 +17,8 @@ constexpr int kMaxPfields = 128;
 struct Block {
   explicit Block(size_t max_events) : note_list(max_events) {}
 
+  int number = 0;       // the number of its header among the run's headers (1 the first)
+  int line = 0;         // the line of the header's "i"
   int I_NO = 0;         // instrument number (p1 of every event)
   int MAX_PFIELDS = 0;  // p-fields of every event, 3 to 128
   float STIME = 0.0f;   // start: beats as read, seconds once p2 begins

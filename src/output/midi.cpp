@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "base/diag.h"
+#include "base/observer.h"
 #include "base/rounding.h"
 #include "base/x86_int.h"
 
 namespace sorvel {
 
-constexpr float kVelocityScale = 0.003875850703452f;  // 127 / 32767
 constexpr float kNoteOffVelocity = 15480.47265625f;  // becomes 60 once scaled
 constexpr uint32_t kLargestDelta = 0x0FFFFFFF;       // what four bytes can hold
 
@@ -75,6 +75,7 @@ int remove_rests(Run& run, Block& block) {
     }
     if (e->next == e) {  // the only event left is a rest
       Mprintf(run, "\n\nOops i-block %d is all rests! ", block.I_NO);
+      if (run.observer) run.observer->midi_block_left_out(block.line, block.number, block.I_NO);
       list.FreeListNodes();
       block.EVENT_NO = 0;
       block.EVENTS = 0;
@@ -153,9 +154,22 @@ class NoteTrack {
  private:
   // Scales the velocity, folds the key and counts the event's bytes.
   void visit(Event* e) {
-    e->pf()[0] = e->pf()[0] * kVelocityScale;
-    e->pf()[1] = mod(e->pf()[1], 128.0f);
-    size += static_cast<uint32_t>(VLSize(midi_delta(e->start - previous_))) + 3u;
+    const float amplitude = e->pf()[0];
+    const float key = e->pf()[1];
+    e->pf()[0] = amplitude * kVelocityScale;
+    e->pf()[1] = mod(key, 128.0f);
+    const uint32_t delta = midi_delta(e->start - previous_);
+    size += static_cast<uint32_t>(VLSize(delta)) + 3u;
+    if (run_.observer) observe(e, delta, key, amplitude);
+  }
+
+  // Tells the observer of each note as the note track will hold it.
+  void observe(const Event* e, uint32_t delta, float key, float amplitude) {
+    ticks_ += delta;
+    if (e->code != 1) return;
+    run_.observer->midi_note(1, static_cast<double>(e->start), ticks_,
+                             midi_data_byte(e->pf()[1]), midi_data_byte(e->pf()[0]), key,
+                             amplitude);
   }
 
   void list_event(const Event* e) {
@@ -181,6 +195,7 @@ class NoteTrack {
   EventList& list_;
   int count_;
   float previous_ = 0.0f;
+  unsigned long ticks_ = 0;  // where the event being visited stands on the track
 };
 
 }  // namespace

@@ -10,6 +10,9 @@
 
 namespace sorvel {
 
+// p4 is an amplitude, 0 to 32767 for velocities 0 to 127.
+constexpr float kVelocityScale = 0.003875850703452f;  // 127 / 32767
+
 // A time in seconds as ticks (480 a second): negative gives 0, and values
 // beyond 32 bits saturate.
 uint32_t midi_ticks(float seconds);

@@ -12,6 +12,7 @@ namespace sorvel {
 // Per-p-field state. LAST_VAL, NX and LUT carry over from one p-field to the next.
 struct Pfield {
   int P_NO = 0;            // number of the p-field being read
+  int line = 0;            // the line of its "p"
   int IS_FUSED = 0;        // the next value is fused to the previous one
   int IN_LOOP = 0;         // a loop "<" is open
   int WROTE_DATA = 0;      // something was stored in this p-field
@@ -30,6 +31,9 @@ struct DataList {
   Event* cursor = nullptr;
   RepeatQueue queue;
   int exhausted = 0;
+  // With an observer: where the value being stored begins in the line, or -1
+  // when it was not read there (a repetition, a fill).
+  int value_begin = -1;
 };
 
 // What a block parser works with.

@@ -15,6 +15,12 @@ int store_value(Ctx& c, DataList& d, float value) {
   if (p.P_NO == 2) {
     float secs = to_tempo(run, p.CBEATS, value);
     if (value == 0.0f && b.EVENTS == 0) return kErrZeroIntervalNeedsEvents;
+    if (run.observer) {
+      const int end = c.src.pos;
+      run.observer->rhythm_timed(c.src.line, d.value_begin >= 0 ? d.value_begin : end, end,
+                                 p.CBEATS, value, static_cast<double>(secs));
+      d.value_begin = -1;  // a repetition after it was not read there
+    }
     secs = add_rdev(run, secs, run.MAX_DEV + run.MAX_DEV2);
     if (!InsertBegTime(secs, b.note_list, b.STIME, p.CBEATS, b.MAX_PFIELDS, p.IS_FUSED))
       return kErrOutOfMemory;
