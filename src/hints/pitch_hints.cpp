@@ -96,10 +96,18 @@ void PitchHints::value_read(int line, const char* text, int begin, int end, int 
     std::string aim = name.accidentals.empty()
                           ? std::string("For ") + upper(name.letter) + " sharp write "
                           : std::string("For a semitone higher write ");
+    // The macro pass takes a "#" that no directive's letter follows for the
+    // start of a macro body, and expands nothing until two more "#" close it.
+    const int after = text[end + 1];
+    const bool opens_body = after != 'u' && after != 'c' && after != 'i' && after != 'e';
     Finding f = hint(line, begin, stop, "H01",
                      quoted(span(text, begin, stop)) + " is read as " + read_as +
                          "; \"#\" is not an accidental here. " + aim + quoted(fix) +
-                         " (flat: \"f\", as in \"bf\").");
+                         " (flat: \"f\", as in \"bf\")." +
+                         (opens_body ? " The \"#\" also opens what the macro pass reads as a "
+                                       "macro body: macro calls and constants after it are not "
+                                       "expanded until two more \"#\" have passed."
+                                     : ""));
     f.has_fix = true;
     f.fix_text = fix;
     out.push_back(std::move(f));
