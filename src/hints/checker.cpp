@@ -12,6 +12,13 @@ namespace sorvel {
 
 namespace {
 
+// A run's own code: "W12", "E42".
+std::string numbered(char letter, int number) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%c%d", letter, number);
+  return text;
+}
+
 // The caret's column as the run prints it, kept within the line (a caret
 // past the line's end shows at its end).
 int caret_column(const char* text, int pos) {
@@ -152,7 +159,7 @@ void HintsChecker::warning(int number, int line, const char* text, int pos) {
     w.line = line;
     w.column = w.end_column = line > 0 ? caret_column(text, pos) : -1;
     w.severity = "warning";
-    w.code = "W" + std::to_string(number);
+    w.code = numbered('W', number);
     w.message = one_line(warning_text(number));
     add_own(std::move(w), last_line_);
   }
@@ -164,7 +171,7 @@ void HintsChecker::error(int number, int line, const char* text, int pos) {
   run_error_ = true;
   Finding e;
   e.severity = "error";
-  e.code = "E" + std::to_string(number);
+  e.code = numbered('E', number);
   if (number == kErrAlreadyPrinted || number == kErrCaretOnly) {
     // The text was printed where the failure arose; the run shows a caret
     // only for 1000.

@@ -107,8 +107,13 @@ class NotesHints : public ::testing::Test {
   }
 };
 
+// What H01 adds after a "#" that no directive's letter follows.
+#define BODY                                                                              \
+  " The \"#\" also opens what the macro pass reads as a macro body: macro calls and " \
+  "constants after it are not expanded until two more \"#\" have passed."
+
 const char* kGs = "5:6-8 H01 \"g#\" is read as g natural; \"#\" is not an accidental here. "
-                  "For G sharp write \"gs\" (flat: \"f\", as in \"bf\"). => gs";
+                  "For G sharp write \"gs\" (flat: \"f\", as in \"bf\")." BODY " => gs";
 
 TEST_F(NotesHints, SharpsAndFlatsWrittenAsHashAndB) {
   // g natural, a, b, b4, e; "b4" of "eb4" finds the block full.
@@ -132,14 +137,14 @@ TEST_F(NotesHints, SharpsAndFlatsWrittenAsHashAndB) {
   EXPECT_EQ(hints("i1 = 5 0 -5 {\np2 1\np3 1\np4 1\np5 no g#4 a\n}\n"),
             (std::vector<std::string>{
                 "5:6-9 H01 \"g#4\" is read as g natural; \"#\" is not an accidental here. "
-                "For G sharp write \"gs4\" (flat: \"f\", as in \"bf\"). => gs4"}));
+                "For G sharp write \"gs4\" (flat: \"f\", as in \"bf\")." BODY " => gs4"}));
   EXPECT_EQ(status, 1);
 
   // Inside a function's set: the "#" fails the set there and then.
   EXPECT_EQ(hints("i1 = 5 0 -3 {\np2 1\np3 1\np4 1\np5 no SE(-3 1 [c# e])\n}\n"),
             (std::vector<std::string>{
                 "5:15-17 H01 \"c#\" is read as c natural; \"#\" is not an accidental here. "
-                "For C sharp write \"cs\" (flat: \"f\", as in \"bf\"). => cs"}));
+                "For C sharp write \"cs\" (flat: \"f\", as in \"bf\")." BODY " => cs"}));
   EXPECT_EQ(status, 1);
 }
 
