@@ -12,9 +12,9 @@ enum CommandCode {
   CMD_MO = 7, CMD_SE = 9, CMD_NO = 10, CMD_OP = 11, CMD_PF = 12, CMD_OD = 13, CMD_RE = 14,
   CMD_RH = 15, CMD_RA = 16, CMD_RD = 17, CMD_RS = 18, CMD_RW = 19, CMD_DIRECT = 20,
   CMD_MACRO = 21, CMD_MS = 22, CMD_XX = 23, CMD_S2 = 24, CMD_CONST = 25, CMD_TR = 26,
-  CMD_BN = 27, CMD_SR = 28
+  CMD_BN = 27, CMD_SR = 28,
+  kCommandCodes  // one past the last code: a new code goes before it
 };
-constexpr int kCommandCodes = 29;
 
 // What a name is allowed as, and how it is scanned (bits of CommandRow::use).
 enum CommandUse : unsigned {
