@@ -98,26 +98,26 @@ TEST(Json, StringsForAnyByte) {
 
 TEST(Report, TextAndJsonForms) {
   PlacedFinding a;
-  a.file = "p.sor";
+  a.file = std::string("p.sor");
   a.line = 3;
   a.column = 5;
   a.end_column = 7;
   a.severity = "hint";
-  a.code = "H10";
-  a.message = "m";
+  a.code = std::string("H10");
+  a.message = std::string("m");
   a.has_fix = true;
-  a.fix_text = "AB";
+  a.fix_text = std::string("AB");
   PlacedFinding b;
-  b.file = "p.sor";
+  b.file = std::string("p.sor");
   b.line = 4;
   b.severity = "error";
-  b.code = "E999";
-  b.message = "n";
+  b.code = std::string("E999");
+  b.message = std::string("n");
   PlacedFinding c;
-  c.file = "p.sor";
+  c.file = std::string("p.sor");
   c.severity = "error";
-  c.code = "E5";
-  c.message = "o";
+  c.code = std::string("E5");
+  c.message = std::string("o");
   EXPECT_EQ(text_report({a, b, c}),
             "p.sor:3:5: hint: m\np.sor:4: error: n\np.sor: error: o\n");
   EXPECT_EQ(json_report({}), "[]\n");
