@@ -112,11 +112,13 @@
 #include <vector>
 
 #include "support/fenced.h"
+#include "support/scratch.h"
 
 namespace fs = std::filesystem;
 using sorvel::testing::Block;
 using sorvel::testing::joined;
 using sorvel::testing::read_blocks;
+using sorvel::testing::read_stream;
 using sorvel::testing::rstrip;
 using sorvel::testing::split_lines;
 using sorvel::testing::split_words;
@@ -139,15 +141,6 @@ bool write_file(const fs::path& path, const std::string& text) {
   std::ofstream out(path, std::ios::binary);
   out << text;
   return static_cast<bool>(out);
-}
-
-std::string read_stream(FILE* f) {
-  std::string out;
-  std::rewind(f);
-  char buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
-  return out;
 }
 
 // What an input block's words ask for: the arguments and "exit=N".

@@ -9,26 +9,11 @@
 #include "base/catalog.h"
 #include "base/chars.h"
 #include "base/vocabulary.h"
+#include "hints/text.h"
 
 namespace sorvel {
 
 namespace {
-
-std::string quoted(const std::string& s) { return "\"" + s + "\""; }
-
-std::string span(const char* text, int begin, int end) {
-  return std::string(text + begin, static_cast<size_t>(end - begin));
-}
-
-Finding hint(int line, int begin, int end, const char* code, std::string message) {
-  Finding f;
-  f.line = line;
-  f.column = begin;
-  f.end_column = end;
-  f.code = code;
-  f.message = std::move(message);
-  return f;
-}
 
 // A whole number as written: digits, with an optional sign.
 bool is_whole(const char* text, int begin, int end) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sorvel {
@@ -20,5 +21,16 @@ struct Finding {
 
 // Where the findings go: every family of hints adds to one list.
 using Findings = std::vector<Finding>;
+
+// A hint about the characters [begin, end) of a run line.
+inline Finding hint(int line, int begin, int end, const char* code, std::string message) {
+  Finding f;
+  f.line = line;
+  f.column = begin;
+  f.end_column = end;
+  f.code = code;
+  f.message = std::move(message);
+  return f;
+}
 
 }  // namespace sorvel

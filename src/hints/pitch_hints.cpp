@@ -5,6 +5,7 @@
 
 #include "base/chars.h"
 #include "base/vocabulary.h"
+#include "hints/text.h"
 
 namespace sorvel {
 
@@ -27,12 +28,6 @@ PitchName split(const char* text, int begin, int end) {
   while (i < end && is_accidental(text[i])) n.accidentals += text[i++];
   while (i < end && is_digit(text[i])) n.octave += text[i++];
   return n;
-}
-
-std::string quoted(const std::string& s) { return "\"" + s + "\""; }
-
-std::string span(const char* text, int begin, int end) {
-  return std::string(text + begin, static_cast<size_t>(end - begin));
 }
 
 char lower(char c) { return static_cast<char>(to_lower(c)); }
@@ -58,16 +53,6 @@ int pitch_class(char letter) {
     case 'a': return 9;
     default: return 11;
   }
-}
-
-Finding hint(int line, int begin, int end, const char* code, std::string message) {
-  Finding f;
-  f.line = line;
-  f.column = begin;
-  f.end_column = end;
-  f.code = code;
-  f.message = std::move(message);
-  return f;
 }
 
 }  // namespace

@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <system_error>
 
+#include "hints/text.h"
+
 namespace sorvel {
 
 namespace {
 
 constexpr int kLinePart = 2047;  // characters the run reads of a line at once
-
-std::string quoted(const std::string& text) { return "\"" + text + "\""; }
 
 }  // namespace
 

@@ -27,17 +27,9 @@ namespace fs = std::filesystem;
 using sorvel::testing::Block;
 using sorvel::testing::read_blocks;
 using sorvel::testing::read_file;
+using sorvel::testing::read_stream;
 
 namespace {
-
-std::string read_stream(FILE* f) {
-  std::string out;
-  std::rewind(f);
-  char buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
-  return out;
-}
 
 struct Outcome {
   int status = 0;

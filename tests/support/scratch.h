@@ -4,6 +4,7 @@
 
 #include <stdlib.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -34,6 +35,16 @@ inline std::optional<std::string> read_file(const std::string& path) {
   std::ostringstream s;
   s << in.rdbuf();
   return s.str();
+}
+
+// Everything written to a stream, read back from its start.
+inline std::string read_stream(FILE* f) {
+  std::string out;
+  std::rewind(f);
+  char buf[65536];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
+  return out;
 }
 
 }  // namespace sorvel::testing
