@@ -141,27 +141,25 @@ void DataHints::value_read(int line, const char* text, int begin, int end, int I
 
   if (sep == ',') {
     const std::string fix = first + "." + second;
-    Finding f = hint(line, begin, stop, "H13",
-                     quoted(written) + " is read as two values, " + first + " and " + second +
-                         ": \",\" separates values, and the decimal point is \".\". For the "
-                         "number write " +
-                         quoted(fix) + ".");
-    f.has_fix = true;
-    f.fix_text = fix;
-    out.push_back(std::move(f));
+    out.push_back(
+        with_fix(hint(line, begin, stop, "H13",
+                      quoted(written) + " is read as two values, " + first + " and " + second +
+                          ": \",\" separates values, and the decimal point is \".\". For the "
+                          "number write " +
+                          quoted(fix) + "."),
+                 fix));
     return;
   }
   const double divisor = std::strtod(second.c_str(), nullptr);
   if (divisor == 0.0) return;
   const std::string fix = decimal(std::strtod(first.c_str(), nullptr) / divisor, 6);
-  Finding f = hint(line, begin, stop, "H14",
-                   quoted(written) + " is read as two values, " + first + " and " + second +
-                       ": \"/\" separates values (a second \"/\" repeats the last one) and "
-                       "divides nothing. For the fraction write " +
-                       quoted(fix) + ".");
-  f.has_fix = true;
-  f.fix_text = fix;
-  out.push_back(std::move(f));
+  out.push_back(
+      with_fix(hint(line, begin, stop, "H14",
+                    quoted(written) + " is read as two values, " + first + " and " + second +
+                        ": \"/\" separates values (a second \"/\" repeats the last one) and "
+                        "divides nothing. For the fraction write " +
+                        quoted(fix) + "."),
+               fix));
 }
 
 void DataHints::block_filled(int line, int P_NO, float value, long count, bool one_group,
@@ -243,10 +241,8 @@ void DataHints::weights_failed(int line, const char* text, const float* weights,
     fix += span(text, from, at[k].begin) + better[static_cast<size_t>(k)];
     from = at[k].end;
   }
-  Finding f = hint(line, at[0].begin, at[count - 1].end, "H15", std::move(message));
-  f.has_fix = true;
-  f.fix_text = std::move(fix);
-  out.push_back(std::move(f));
+  out.push_back(with_fix(hint(line, at[0].begin, at[count - 1].end, "H15", std::move(message)),
+                         std::move(fix)));
 }
 
 void DataHints::error(int number, int line, const char* text, int pos) {
@@ -276,13 +272,12 @@ void DataHints::error(int number, int line, const char* text, int pos) {
     return;
   }
   if (!is_header(text, pos)) return;
-  Finding f = hint(line, pos, pos, "H17",
-                   "\"}\" is missing before this header: " + block +
-                       " is still open, and this header is read as its data. Close that block "
-                       "with \"}\" on a line before this header.");
-  f.has_fix = true;
-  f.fix_text = "}\n";
-  out.push_back(std::move(f));
+  out.push_back(
+      with_fix(hint(line, pos, pos, "H17",
+                    "\"}\" is missing before this header: " + block +
+                        " is still open, and this header is read as its data. Close that block "
+                        "with \"}\" on a line before this header."),
+               "}\n"));
 }
 
 }  // namespace sorvel

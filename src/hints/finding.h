@@ -33,4 +33,11 @@ inline Finding hint(int line, int begin, int end, const char* code, std::string 
   return f;
 }
 
+// The same finding, offering `text` in place of its span.
+inline Finding with_fix(Finding f, std::string text) {
+  f.has_fix = true;
+  f.fix_text = std::move(text);
+  return f;
+}
+
 }  // namespace sorvel

@@ -85,17 +85,16 @@ void PitchHints::value_read(int line, const char* text, int begin, int end, int 
     // start of a macro body, and expands nothing until two more "#" close it.
     const int after = text[end + 1];
     const bool opens_body = after != 'u' && after != 'c' && after != 'i' && after != 'e';
-    Finding f = hint(line, begin, stop, "H01",
-                     quoted(span(text, begin, stop)) + " is read as " + read_as +
-                         "; \"#\" is not an accidental here. " + aim + quoted(fix) +
-                         " (flat: \"f\", as in \"bf\")." +
-                         (opens_body ? " The \"#\" also opens what the macro pass reads as a "
-                                       "macro body: macro calls and constants after it are not "
-                                       "expanded until two more \"#\" have passed."
-                                     : ""));
-    f.has_fix = true;
-    f.fix_text = fix;
-    out.push_back(std::move(f));
+    out.push_back(
+        with_fix(hint(line, begin, stop, "H01",
+                      quoted(span(text, begin, stop)) + " is read as " + read_as +
+                          "; \"#\" is not an accidental here. " + aim + quoted(fix) +
+                          " (flat: \"f\", as in \"bf\")." +
+                          (opens_body ? " The \"#\" also opens what the macro pass reads as a "
+                                        "macro body: macro calls and constants after it are not "
+                                        "expanded until two more \"#\" have passed."
+                                      : "")),
+                 fix));
     return;
   }
 
@@ -111,14 +110,12 @@ void PitchHints::value_read(int line, const char* text, int begin, int end, int 
     std::string aim = name.accidentals.empty()
                           ? std::string("For ") + upper(name.letter) + " flat write "
                           : std::string("For a semitone lower write ");
-    Finding f = hint(line, begin, stop, "H01",
-                     quoted(span(text, begin, stop)) + " is read as two notes, " + as_read +
-                         " and " + span(text, end, stop) +
-                         "; \"b\" is not an accidental here. " + aim + quoted(fix) +
-                         " (sharp: \"s\", as in \"gs\").");
-    f.has_fix = true;
-    f.fix_text = fix;
-    out.push_back(std::move(f));
+    out.push_back(
+        with_fix(hint(line, begin, stop, "H01",
+                      quoted(span(text, begin, stop)) + " is read as two notes, " + as_read +
+                          " and " + span(text, end, stop) + "; \"b\" is not an accidental here. " +
+                          aim + quoted(fix) + " (sharp: \"s\", as in \"gs\")."),
+                 fix));
     return;
   }
 
@@ -126,15 +123,14 @@ void PitchHints::value_read(int line, const char* text, int begin, int end, int 
     // The mark after the octave is not part of the name; the data list then
     // fails on it.
     const std::string fix = head + static_cast<char>(next) + name.octave;
-    Finding f = hint(line, begin, end + 1, "H02",
-                     quoted(span(text, begin, end + 1)) + " is read as " + as_read +
-                         ", and \"" + static_cast<char>(next) +
-                         "\" after it is no part of the name: a quarter-tone mark stands "
-                         "between the letter and the octave, as in " +
-                         quoted(fix) + ", and is read only after \"nox\".");
-    f.has_fix = true;
-    f.fix_text = fix;
-    out.push_back(std::move(f));
+    out.push_back(
+        with_fix(hint(line, begin, end + 1, "H02",
+                      quoted(span(text, begin, end + 1)) + " is read as " + as_read + ", and \"" +
+                          static_cast<char>(next) +
+                          "\" after it is no part of the name: a quarter-tone mark stands "
+                          "between the letter and the octave, as in " +
+                          quoted(fix) + ", and is read only after \"nox\"."),
+                 fix));
   }
 }
 

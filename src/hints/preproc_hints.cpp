@@ -47,17 +47,13 @@ void PreprocHints::directive(int line, const char* keyword, const char* written,
                              int length) {
   const std::string as_written(written, static_cast<size_t>(length));
   if (as_written == keyword) return;
-  Finding f;
-  f.line = line;
-  f.column = begin;
-  f.end_column = begin + length;
-  f.code = "H09";
-  f.message = quoted("#" + as_written) + " is read as " + quoted(std::string("#") + keyword) +
-              ": a directive's name passes when one of its letters stands in its place. Write " +
-              quoted(std::string("#") + keyword) + ".";
-  f.has_fix = true;
-  f.fix_text = keyword;
-  out.push_back(std::move(f));
+  const std::string meant = std::string("#") + keyword;
+  out.push_back(with_fix(hint(line, begin, begin + length, "H09",
+                              quoted("#" + as_written) + " is read as " + quoted(meant) +
+                                  ": a directive's name passes when one of its letters stands "
+                                  "in its place. Write " +
+                                  quoted(meant) + "."),
+                         keyword));
 }
 
 void PreprocHints::name_missing(int line, char kind, const char* name, int begin, int end) {
