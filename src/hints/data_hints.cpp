@@ -139,27 +139,22 @@ void DataHints::value_read(int line, const char* text, int begin, int end, int I
   const std::string second = span(text, end + 1, stop);
   const std::string written = span(text, begin, stop);
 
+  // "0,5" is meant as a decimal number, "1/2" as a fraction.
+  std::string fix, reading;
   if (sep == ',') {
-    const std::string fix = first + "." + second;
-    out.push_back(
-        with_fix(hint(line, begin, stop, "H13",
-                      quoted(written) + " is read as two values, " + first + " and " + second +
-                          ": \",\" separates values, and the decimal point is \".\". For the "
-                          "number write " +
-                          quoted(fix) + "."),
-                 fix));
-    return;
+    fix = first + "." + second;
+    reading = "\",\" separates values, and the decimal point is \".\". For the number write ";
+  } else {
+    const double divisor = std::strtod(second.c_str(), nullptr);
+    if (divisor == 0.0) return;
+    fix = decimal(std::strtod(first.c_str(), nullptr) / divisor, 6);
+    reading = "\"/\" separates values (a second \"/\" repeats the last one) and divides nothing. "
+              "For the fraction write ";
   }
-  const double divisor = std::strtod(second.c_str(), nullptr);
-  if (divisor == 0.0) return;
-  const std::string fix = decimal(std::strtod(first.c_str(), nullptr) / divisor, 6);
-  out.push_back(
-      with_fix(hint(line, begin, stop, "H14",
-                    quoted(written) + " is read as two values, " + first + " and " + second +
-                        ": \"/\" separates values (a second \"/\" repeats the last one) and "
-                        "divides nothing. For the fraction write " +
-                        quoted(fix) + "."),
-               fix));
+  out.push_back(with_fix(hint(line, begin, stop, sep == ',' ? "H13" : "H14",
+                              quoted(written) + " is read as two values, " + first + " and " +
+                                  second + ": " + reading + quoted(fix) + "."),
+                         fix));
 }
 
 void DataHints::block_filled(int line, int P_NO, float value, long count, bool one_group,

@@ -26,6 +26,15 @@ constexpr const char* kDensityColour = "#1a2a6c";
 
 const char* colour_of(size_t block) { return kColours[block % kColourCount]; }
 
+// ` width="W" height="H"`: the size of the whole picture.
+void append_size(std::string& s, const Frame& f) {
+  s += " width=\"";
+  append_coord(s, f.width);
+  s += "\" height=\"";
+  append_coord(s, f.height);
+  s += '"';
+}
+
 // The note's p-fields as the score has them, for its title.
 void append_score_title(std::string& s, const Roll& roll, const RollBlock& b, const RollNote& n,
                         size_t index) {
@@ -312,21 +321,17 @@ std::string draw_roll(const Roll& roll, const RollOptions& options) {
   std::string s;
   s.reserve(density ? 1 << 20 : drawn.size() * 200 + 8192);
   s += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  s += "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"";
-  append_coord(s, f.width);
-  s += "\" height=\"";
-  append_coord(s, f.height);
-  s += "\" viewBox=\"0 0 ";
+  s += "<svg xmlns=\"http://www.w3.org/2000/svg\"";
+  append_size(s, f);
+  s += " viewBox=\"0 0 ";
   append_coord(s, f.width);
   s += ' ';
   append_coord(s, f.height);
   s += "\" font-family=\"sans-serif\" font-size=\"11\">\n<title>";
   append_escaped(s, roll.caption);
-  s += "</title>\n<rect class=\"background\" x=\"0\" y=\"0\" width=\"";
-  append_coord(s, f.width);
-  s += "\" height=\"";
-  append_coord(s, f.height);
-  s += "\" fill=\"#ffffff\"/>\n";
+  s += "</title>\n<rect class=\"background\" x=\"0\" y=\"0\"";
+  append_size(s, f);
+  s += " fill=\"#ffffff\"/>\n";
   draw_frame(s, roll, f);
   if (density)
     draw_density(s, roll, f, drawn);
